@@ -1,0 +1,3 @@
+#include "Host/GlobalRpVariables.h"
+
+const KXString GlobalRpVariables::global_SessionBlockWildcard = L"*";

@@ -1,0 +1,84 @@
+#include "Host/KXLock.h"
+
+#include <linux/futex.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include "Host/BaseStringUtil.h"
+#include "Host/KXAssert.h"
+
+namespace {
+
+/// About as long as going to sleep and being woken takes.
+constexpr int kSpins = 100;
+
+void Pause() {
+#if defined(__x86_64__) || defined(__i386__)
+  __builtin_ia32_pause();
+#elif defined(__aarch64__)
+  asm volatile("yield");
+#endif
+}
+
+static_assert(sizeof(std::atomic<int>) == sizeof(int) && std::atomic<int>::is_always_lock_free);
+
+/// Sleeps unless the word has another value than expected by now. May return for no reason.
+void FutexWait(std::atomic<int>& word, int expected) {
+  syscall(SYS_futex, &word, FUTEX_WAIT_PRIVATE, expected, nullptr, nullptr, 0);
+}
+
+void FutexWakeOne(std::atomic<int>& word) { syscall(SYS_futex, &word, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0); }
+
+[[noreturn]] void ReportLockMisuse(const wchar_t* what, const char* file, int line, const char* function) {
+  KX_LOGIC_ERROR(L"lock of " + KXString::FromUTF8(function) + L" (" + KXString::FromUTF8(file) + L':' +
+                 BaseStringUtil::StringFrom(line) + L") " + what);
+}
+
+}  // namespace
+
+void KXCriticalSection::AcquireContended() {
+  for (int i = 0; i < kSpins; ++i) {
+    Pause();
+    if (m_state.load(std::memory_order_relaxed) == kFree && TryAcquire()) return;
+  }
+  // Who comes this far cannot know whether others sleep, so it holds the lock as one with sleepers.
+  while (m_state.exchange(kHeldWithSleepers, std::memory_order_acquire) != kFree) {
+    FutexWait(m_state, kHeldWithSleepers);
+  }
+}
+
+void KXCriticalSection::FinishRelease(int previous) {
+  if (previous == kFree) ReportMisuse(L"released while free");
+  FutexWakeOne(m_state);
+}
+
+void KXCriticalSection::ReportMisuse(const wchar_t* what) const { ReportLockMisuse(what, m_file, m_line, m_function); }
+
+KXReadersWriterLock::KXReadersWriterLock(const char* file, int line, const char* function)
+    : m_file(file), m_function(function), m_line(line) {
+  pthread_rwlockattr_t attributes;
+  pthread_rwlockattr_init(&attributes);
+  pthread_rwlockattr_setkind_np(&attributes, PTHREAD_RWLOCK_PREFER_WRITER_NONRECURSIVE_NP);
+  Check(pthread_rwlock_init(&m_lock, &attributes), L"not initialised");
+  pthread_rwlockattr_destroy(&attributes);
+}
+
+KXReadersWriterLock::~KXReadersWriterLock() { Check(pthread_rwlock_destroy(&m_lock), L"destroyed while held"); }
+
+void KXReadersWriterLock::AcquireRead() { Check(pthread_rwlock_rdlock(&m_lock), L"not acquired for reading"); }
+
+void KXReadersWriterLock::AcquireWrite() {
+  Check(pthread_rwlock_wrlock(&m_lock), L"not acquired for writing");
+  m_bWriting.store(true, std::memory_order_relaxed);
+}
+
+void KXReadersWriterLock::Release(KXLockMethod method) {
+  const bool bWriting = m_bWriting.load(std::memory_order_relaxed);
+  if (bWriting != (method == kKXLockWrite)) ReportLockMisuse(L"released the wrong way", m_file, m_line, m_function);
+  m_bWriting.store(false, std::memory_order_relaxed);
+  Check(pthread_rwlock_unlock(&m_lock), L"not released");
+}
+
+void KXReadersWriterLock::Check(int error, const wchar_t* operation) const {
+  if (error != 0) ReportLockMisuse(operation, m_file, m_line, m_function);
+}

@@ -1,0 +1,31 @@
+#include "Host/MetadataUtil.h"
+
+#include <memory>
+
+#include "Host/ARpGateway.h"
+#include "Host/BaseStringUtil.h"
+#include "Host/KXAssert.h"
+
+KXString MetadataUtil::GenerateQualifiedName(const RefARpObject& object) {
+  KXString text;
+  if (object.IsNull()) return text;
+  for (const KXString& name : object->GetPath(object.GetGateway())) {
+    if (!text.empty()) text.append(L'.');
+    text.append(L'"').append(BaseStringUtil::EscapeCharacter(name, L'"', L'"')).append(L'"');
+  }
+  return text;
+}
+
+bool MetadataUtil::IsSessionVariablePopulated(ARpGateway* pRp, const KXStringPair& variable) {
+  KX_ASSERT(pRp);
+  return std::unique_ptr<PropertyValue>(pRp->GetSessionVariable(variable)) != nullptr;
+}
+
+bool MetadataUtil::BeginsWithVBLBundlePrefix(std::wstring_view name) {
+  return BaseStringUtil::CaseInsensitiveFindPatternAtStart(name, kVBLBundlePrefix);
+}
+
+KXString MetadataUtil::GetStringAfterVBLBundlePrefix(std::wstring_view name) {
+  KX_ASSERT(BeginsWithVBLBundlePrefix(name));
+  return KXString(name.substr(std::wstring_view(kVBLBundlePrefix).size()));
+}

@@ -1,0 +1,90 @@
+#include "Host/KXLock.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+namespace {
+
+template <class Work>
+void RunThreads(int threads, Work work) {
+  std::vector<std::thread> running;
+  for (int t = 0; t < threads; ++t) running.emplace_back([&work, t] { work(t); });
+  for (std::thread& thread : running) thread.join();
+}
+
+/// How long the lock is held: not at all, so that spinning gets it; long enough that waiters go to sleep.
+class CriticalSection : public testing::TestWithParam<std::chrono::microseconds> {};
+
+TEST_P(CriticalSection, LetsOneThreadInAtATime) {
+  const bool bSleeps = GetParam().count() > 0;
+  const int rounds = bSleeps ? 50 : 20000;
+  KXCriticalSection lock(__FILE__, __LINE__, __func__);
+  long count = 0;  // not atomic: the lock is all that guards it
+  RunThreads(6, [&](int) {
+    for (int i = 0; i < rounds; ++i) {
+      const KXCriticalSectionGuard guard(lock);
+      const long seen = count;
+      if (bSleeps) std::this_thread::sleep_for(GetParam());
+      count = seen + 1;
+    }
+  });
+  EXPECT_EQ(count, 6L * rounds);
+}
+
+INSTANTIATE_TEST_SUITE_P(Held, CriticalSection,
+                         testing::Values(std::chrono::microseconds(0), std::chrono::microseconds(100)),
+                         [](const auto& info) { return std::to_string(info.param.count()) + "us"; });
+
+TEST(KXCriticalSection, TryAcquireDoesNotWait) {
+  KXCriticalSection lock(__FILE__, __LINE__, __func__);
+  ASSERT_TRUE(lock.TryAcquire());
+  EXPECT_FALSE(lock.TryAcquire());
+  lock.Release();
+  EXPECT_TRUE(lock.TryAcquire());
+  lock.Release();
+}
+
+TEST(KXReadersWriterLock, WritersAreAloneReadersAreNot) {
+  KXReadersWriterLock lock(__FILE__, __LINE__, __func__);
+  long a = 0, b = 0;  // written together
+  RunThreads(4, [&](int thread) {
+    for (int i = 0; i < 3000; ++i) {
+      if (thread == 0 || i % 50 == 0) {
+        const KXWriteGuard guard(lock);
+        ++a;
+        ++b;
+      } else {
+        const KXReadGuard guard(lock);
+        ASSERT_EQ(a, b);
+      }
+    }
+  });
+  EXPECT_EQ(a, 3000 + 3 * 60);
+
+  // Two readers meet inside.
+  std::atomic<int> inside{0};
+  RunThreads(2, [&](int) {
+    const KXReadGuard guard(lock);
+    ++inside;
+    while (inside != 2) std::this_thread::yield();
+  });
+}
+
+TEST(KXLockDeathTest, MisuseNamesTheLock) {
+  EXPECT_DEATH(KXCriticalSection("a.cpp", 12, "Fill").Release(),
+               "logic error: lock of Fill \\(a.cpp:12\\) released while free");
+  EXPECT_DEATH(KXCriticalSection("a.cpp", 12, "Fill").Acquire(), "destroyed while held");
+  EXPECT_DEATH(
+      {
+        KXReadersWriterLock lock("b.cpp", 3, "Read");
+        lock.AcquireRead();
+        lock.Release(kKXLockWrite);
+      },
+      "lock of Read \\(b.cpp:3\\) released the wrong way");
+}
+
+}  // namespace
