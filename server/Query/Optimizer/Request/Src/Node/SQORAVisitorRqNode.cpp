@@ -1,0 +1,3 @@
+#include "Query/Optimizer/Request/Node/SQORAVisitorRqNode.h"
+
+const KXString AVisitorRqNode::kNewLine(L"\n");

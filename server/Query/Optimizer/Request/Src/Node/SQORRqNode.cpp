@@ -1,0 +1,108 @@
+#include "Query/Optimizer/Request/Node/SQORRqNode.h"
+
+#include <algorithm>
+
+#include "Host/ARpGateway.h"
+#include "Host/DataBlobUtil.h"
+#include "Host/KXAssert.h"
+#include "Host/KXThread.h"
+#include "Host/MemAlloc.h"
+#include "Query/Optimizer/Request/Node/SQORAVisitorRqNode.h"
+#include "Query/Optimizer/Request/Node/SQORRqHandleNode.h"
+
+static_assert(sizeof(RqNode) == 64, "a plain node is one cache line");
+
+RqNode::RqNode() { MemoryDataCollector::IncrRqNodeCounter(1); }
+
+RqNode::RqNode(const RqNode& rhs, bool bNewIDs, bool bDeepCopy)
+    : CompositeNode(rhs, bNewIDs), m_targetType(rhs.m_targetType), m_targetID(rhs.m_targetID) {
+  MemoryDataCollector::IncrRqNodeCounter(1);
+  try {
+    const int numChildren = rhs.GetNumChildren();
+    MakeSlots(numChildren);
+    if (!bDeepCopy) return;
+    for (int i = 0; i < numChildren; ++i) {
+      if (const RqNode* const pChild = rhs.GetIthChild(i)) FillSlot(i, pChild->DeepCopy(bNewIDs));
+    }
+  } catch (...) {
+    MemoryDataCollector::DecrRqNodeCounter(1);
+    throw;
+  }
+}
+
+RqNode::~RqNode() { MemoryDataCollector::DecrRqNodeCounter(1); }
+
+void RqNode::Replace(RqNode* pReplacement, RqNode& releaseContainer) {
+  RqNode* const pParent = GetParent();
+  if (!pParent) {
+    releaseContainer.AddChild(this);
+    return;
+  }
+  const int childIndex = pParent->FindChildIndex(this);
+  KX_ASSERT(childIndex >= 0 && childIndex < pParent->GetNumChildren());
+  releaseContainer.AddChild(pParent->ReleaseIthChild(childIndex));
+  pParent->SetIthChild(childIndex, pReplacement);
+}
+
+AVisitorRqNode& RqNode::Tour(AVisitorRqNode& visitor) {
+  KXThread::LowStackCheck(0);
+  const bool bPostOrder = visitor.IsPostOrderVisitor();
+  if (bPostOrder || !Accept(visitor)) {
+    for (int i = 0; i < GetNumChildren(); ++i) {
+      if (RqNode* const pChild = GetIthChild(i)) pChild->Tour(visitor);
+    }
+  }
+  if (bPostOrder) Accept(visitor);
+  return visitor;
+}
+
+RefADatabase RqNode::GetRpDatabaseObj(ARpGateway* pRp) const {
+  if (!pRp || m_targetID.IsNullID()) return {};
+  return RefADatabase(pRp, m_targetID);
+}
+
+void RqNode::ToByteVector(ByteVector& bv) {
+  DataBlobUtil::ToByteVector(bv, static_cast<std::uint32_t>(m_targetType));
+  m_targetID.ToByteVector(bv);
+}
+
+const_iterator RqNode::FromByteVector(const_iterator start) {
+  std::uint32_t targetType = 0;
+  start = DataBlobUtil::FromByteVector(start, targetType);
+  m_targetType = static_cast<ServerInfo::TargetType>(targetType);
+  return m_targetID.FromByteVector(start);
+}
+
+int RqNode::GetMySize() const {
+  int size = sizeof(RqNode);
+  for (int i = 0; i < GetNumChildren(); ++i) {
+    if (const RqNode* const pChild = GetIthChild(i)) size += pChild->GetMySize();
+  }
+  return size;
+}
+
+void RqNode::GetObjects(std::list<RqNode*>& nodePtrs) const {
+  nodePtrs.push_back(const_cast<RqNode*>(this));
+  for (int i = 0; i < GetNumChildren(); ++i) {
+    if (const RqNode* const pChild = GetIthChild(i)) pChild->GetObjects(nodePtrs);
+  }
+}
+
+void RqNode::GetPtrMap(const RqNode& rhs, std::map<RqNode*, RqNode*>& childMap) const {
+  std::list<RqNode*> rhsNodes;
+  std::list<RqNode*> lhsNodes;
+  rhs.GetObjects(rhsNodes);
+  GetObjects(lhsNodes);
+  KX_ASSERT(lhsNodes.size() == rhsNodes.size());
+  for (auto pLhs = lhsNodes.begin(); RqNode* pRhs : rhsNodes) childMap.emplace(pRhs, *pLhs++);
+}
+
+bool RqNode::IsObjectType::operator()(const RqNode& node) const {
+  return std::find(m_rqTypeFlags.begin(), m_rqTypeFlags.end(), node.GetObjectType()) != m_rqTypeFlags.end();
+}
+
+RqHandleNode::RqHandleNode(RqNode* pDonated) { AddChild(pDonated); }
+
+RqNode* RqHandleNode::GetRqNode() { return GetNumChildren() > kChildNode ? GetIthChild(kChildNode) : nullptr; }
+
+RqNode* RqHandleNode::ReleaseRqNode() { return GetNumChildren() > kChildNode ? ReleaseIthChild(kChildNode) : nullptr; }
