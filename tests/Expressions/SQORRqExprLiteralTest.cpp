@@ -1,0 +1,478 @@
+#include "Query/Optimizer/Request/Expressions/SQORRqExprLiteral.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Host/PropertyValue.h"
+#include "Host/SUSystemConfig.h"
+#include "Host/TypedFieldValue.h"
+
+namespace {
+
+using Owned = std::unique_ptr<RqExprLiteral>;
+using Owner = ObjPoolGuard<RqExprLiteral>;
+
+const double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+KorvelNumber Number(const wchar_t* text) {
+  KorvelNumber number;
+  EXPECT_TRUE(KorvelNumber::FromString(text, number));
+  return number;
+}
+
+KXDate CurrentDate() {
+  KXDate token;
+  token.SetAsDynamicCurrDateToken();
+  return token;
+}
+
+RqExprStringLiteral* Quoted(const wchar_t* text, RqExprStringLiteral::StringWrapperSymbol symbol) {
+  auto* const pLiteral = new RqExprStringLiteral(text);
+  pLiteral->SetStringWrapperSymbol(symbol);
+  return pLiteral;
+}
+
+/// "Integer 5", "Null ".
+std::string Describe(const RqExprLiteral& literal) {
+  const std::string kind(GetRqNodeTypeName(literal.GetObjectType()).substr(std::strlen("RqExpr")));
+  return kind.substr(0, kind.find("Literal")) + " " + literal.ToCanonicalCSVFormat().ToUTF8();
+}
+
+// Comparison
+
+struct ComparisonRow {
+  const wchar_t* left;
+  const wchar_t* right;
+  bool bCaseSensitive;
+  bool bEquivalent;
+  int order;
+};
+
+TEST(StringLiterals, CompareAsTheServerIsConfigured) {
+  const ComparisonRow rows[] = {
+      {L"abc", L"abc", true, true, 0},    {L"abc", L"ABC", true, false, 1},    {L"abc", L"ABC", false, true, 0},
+      {L"abc", L"ABD", true, false, 1},   {L"abc", L"ABD", false, false, -1},  {L"abc", L"abc  ", true, true, -1},
+      {L"abc ", L"ABC", false, true, 1},  {L"abc ", L"ABC", true, false, 1},   {L"", L"  ", true, true, -1},
+      {L" abc", L"abc", true, false, -1}, {L"abc\t", L"abc", true, false, 1},  {L"\x4e00", L"\xdc", true, false, 1},
+      {L"\xdc", L"\xfc", false, true, 0}, {L"\xdc", L"\xfc", true, false, -1}, {L"a b", L"a  b", true, false, 1},
+  };
+  for (const ComparisonRow& row : rows) {
+    SCOPED_TRACE(KXString(row.left) + L" and " + row.right + (row.bCaseSensitive ? L" by case" : L""));
+    // Made before the mode is set: it is read at each comparison.
+    const RqExprStringLiteral left(row.left);
+    const RqExprStringLiteral right(row.right);
+    SUSystemConfig::GetSystemConfig().SetCaseSensitive(row.bCaseSensitive);
+    EXPECT_EQ(left.IsEquivalent(right, RqEquivalence()), row.bEquivalent);
+    EXPECT_EQ(right.IsEquivalent(left, RqEquivalence()), row.bEquivalent);
+    EXPECT_EQ(left.IsShallowLessThan(right), row.order < 0);
+    EXPECT_EQ(right.IsShallowLessThan(left), row.order > 0);
+  }
+  SUSystemConfig::GetSystemConfig().SetCaseSensitive(true);
+}
+
+TEST(FloatLiterals, HoldNaNForNothingElse) {
+  const RqExprFloatLiteral nan(kNaN);
+  const RqExprFloatLiteral otherNaN(kNaN);
+  const RqExprFloatLiteral one(1.0);
+  for (const RqExprFloatLiteral* pOther : {&nan, &otherNaN, &one}) {
+    EXPECT_FALSE(nan.IsEquivalent(*pOther, RqEquivalence()));
+    EXPECT_FALSE(pOther->IsEquivalent(nan, RqEquivalence()));
+    EXPECT_FALSE(nan.IsShallowLessThan(*pOther));
+    EXPECT_FALSE(pOther->IsShallowLessThan(nan));
+  }
+}
+
+// What literals say of their values
+
+struct ValueRow {
+  Owned pLiteral;
+  const char* csv;  // null: asking for it ends the process
+  bool bNonZero;
+  const char* propertyValue;  // its text, null for none
+};
+
+std::vector<ValueRow> MakeValueRows() {
+  std::vector<ValueRow> rows;
+  const auto add = [&rows](RqExprLiteral* pLiteral, const char* csv, bool bNonZero, const char* propertyValue) {
+    rows.push_back({Owned(pLiteral), csv, bNonZero, propertyValue});
+  };
+  using String = RqExprStringLiteral;
+  add(Quoted(L"it's", String::kSingleQuote), "'it''s'", true, "it's");
+  add(Quoted(L"it's \"x\"", String::kDoubleQuote), "\"it's \"\"x\"\"\"", true, "it's \"x\"");
+  add(Quoted(L"it's \"x\"", String::kUnknown), "'it''s \"x\"'", true, "it's \"x\"");
+  add(new String(L""), "''", false, "");
+  add(new String(L"0"), "'0'", true, "0");
+  add(static_cast<RqExprLiteral*>(Owned(Quoted(L"it's", String::kDoubleQuote))->DeepExprCopy(true)), "'it''s'", true,
+      "it's");
+  add(new RqExprIntegerLiteral(-2147483647 - 1, false), "-2147483648", true, "-2147483648");
+  add(new RqExprIntegerLiteral(0, true), "0", false, "0");
+  add(new RqExprFloatLiteral(0.1), "0.1", true, "0.1");
+  add(new RqExprFloatLiteral(-0.0), "-0.0", false, "-0.0");
+  add(new RqExprFloatLiteral(1e300), "1e+300", true, "1e+300");
+  add(new RqExprFloatLiteral(kNaN), "nan", true, "nan");
+  add(new RqExprNumberLiteral(Number(L"1.5")), "1.5", true, "1.5");
+  add(new RqExprNumberLiteral(Number(L"12345678901234567890.5")), "1.2345678901234567e+19", true,
+      "12345678901234567890.5");
+  add(new RqExprNumberLiteral(Number(L"1e-100")), "1e-100", true, "1E-100");
+  add(new RqExprNumberLiteral(), "0.0", false, "0");
+  add(new RqExprDateLiteral(KXDate(1999, 2, 3)), "'1999-02-03'", true, "1999-02-03");
+  add(new RqExprDateLiteral(CurrentDate()), "'CURRENT_DATE'", true, "CURRENT_DATE");
+  add(new RqExprTimeLiteral(KXTime(1, 2, 3, 456'789'000)), "'01:02:03.456'", true, "01:02:03.456789000");
+  add(new RqExprDateTimeLiteral(KXDateTime(1999, 2, 3, 4, 5, 6), 0), "'1999-02-03 04:05:06.000'", true,
+      "1999-02-03 04:05:06");
+  add(new RqExprIntervalLiteral(L""), nullptr, true, nullptr);
+  add(new RqExprNullLiteral(), "", false, nullptr);
+  return rows;
+}
+
+TEST(Literals, TellTheirValues) {
+  for (const ValueRow& row : MakeValueRows()) {
+    SCOPED_TRACE(GetRqNodeTypeName(row.pLiteral->GetObjectType()));
+    if (row.csv) {
+      EXPECT_EQ(row.pLiteral->ToCanonicalCSVFormat().ToUTF8(), row.csv);
+    } else {
+      EXPECT_DEATH(row.pLiteral->ToCanonicalCSVFormat(), "SQORRqExprLiteral");
+    }
+    EXPECT_EQ(row.pLiteral->IsNonZeroValue(nullptr), row.bNonZero);
+    const std::unique_ptr<PropertyValue> pValue(row.pLiteral->MakePropertyValue());
+    ASSERT_EQ(pValue != nullptr, row.propertyValue != nullptr);
+    if (!pValue) continue;
+    EXPECT_EQ(pValue->StringFrom().ToUTF8(), row.propertyValue);
+    Owner owner;
+    const RqExprLiteral* const pBack = RqExprLiteral::MakeRqExprLiteral(owner, pValue.get());
+    EXPECT_EQ(pBack->GetObjectType(), row.pLiteral->GetObjectType()) << "the value has the literal's type";
+  }
+}
+
+TEST(Literals, KnowTheirKind) {
+  const auto kindOf = [](const RqExprLiteral& e) {
+    std::string kinds;
+    if (e.IsStringLiteral()) kinds += "String ";
+    if (e.IsIntegerLiteral()) kinds += "Integer ";
+    if (e.IsFloatLiteral()) kinds += "Float ";
+    if (e.IsDateLiteral()) kinds += "Date ";
+    if (e.IsTimeLiteral()) kinds += "Time ";
+    if (e.IsDateTimeLiteral()) kinds += "DateTime ";
+    if (e.IsNullLiteral()) kinds += "Null ";
+    if (e.IsNumberLiteral()) kinds += "Number ";
+    return kinds;
+  };
+  for (const ValueRow& row : MakeValueRows()) {
+    const RqExprLiteral& literal = *row.pLiteral;
+    EXPECT_EQ(kindOf(literal), row.csv ? Describe(literal).substr(0, Describe(literal).find(' ') + 1) : "");
+  }
+}
+
+// Literals from values
+
+TEST(LiteralFromPropertyValue, HasItsTypeAndValue) {
+  const struct {
+    std::unique_ptr<PropertyValue> pValue;
+    const char* literal;
+  } rows[] = {
+      {std::make_unique<PropertyValueInteger>(-7), "Integer -7"},
+      {std::make_unique<PropertyValueString>(L"x"), "String 'x'"},
+      {std::make_unique<PropertyValueFloat>(2.5), "Float 2.5"},
+      {std::make_unique<PropertyValueDate>(KXDate(1999, 2, 3)), "Date '1999-02-03'"},
+      {std::make_unique<PropertyValueTime>(KXTime(1, 2, 3)), "Time '01:02:03.000'"},
+      {std::make_unique<PropertyValueDateTime>(KXDateTime(1999, 2, 3, 4, 5, 6)), "DateTime '1999-02-03 04:05:06.000'"},
+      {std::make_unique<PropertyValueStringVector>(KXStringVector{L"a", L"b"}), "String 'a;b'"},
+      {std::make_unique<PropertyValueNumber>(Number(L"1.25")), "Number 1.25"},
+  };
+  for (const auto& row : rows) {
+    Owner owner;
+    const RqExprLiteral* const pLiteral = RqExprLiteral::MakeRqExprLiteral(owner, row.pValue.get());
+    EXPECT_EQ(owner.Get(), pLiteral);
+    EXPECT_EQ(Describe(*pLiteral), row.literal);
+  }
+  Owner owner;
+  EXPECT_DEATH(RqExprLiteral::MakeRqExprLiteral(owner, nullptr), "pPropertyValue");
+}
+
+TypedFieldValue Field(KXDataType type, ByteVector bytes) { return TypedFieldValue(type, std::move(bytes), 0, false); }
+
+TEST(LiteralFromTypedFieldValue, HasItsTypeAndValue) {
+  const struct {
+    TypedFieldValue value;
+    const char* literal;  // null: no literal stands for the type
+  } rows[] = {
+      {TypedFieldValue(L"x", false), "String 'x'"},
+      {TypedFieldValue(7, true), "Integer 7"},
+      {TypedFieldValue(2.5, false), "Float 2.5"},
+      {TypedFieldValue(Number(L"1.25"), false), "Number 1.25"},
+      {TypedFieldValue(KXDate(1999, 2, 3), false), "Date '1999-02-03'"},
+      {TypedFieldValue(KXTime(1, 2, 3), false), "Time '01:02:03.000'"},
+      {TypedFieldValue(KXDateTime(1999, 2, 3, 4, 5, 6), false), "DateTime '1999-02-03 04:05:06.000'"},
+      {TypedFieldValue(), "String ''"},
+      {Field(KXCharData, {'a', 0}), "String 'a'"},
+      {Field(KXLongVarCharData, {1, 0, 0, 0, 'a'}), "String 'a'"},
+      {Field(KXBitData, {1}), "String '1'"},
+      {Field(KXBoolean, {1}), "String '1'"},
+      {Field(KXInt1Data, {0xff}), "Integer -1"},
+      {Field(KXUInt1Data, {0xff}), "Integer 255"},
+      {Field(KXInt2Data, {0xfe, 0xff}), "Integer -2"},
+      {Field(KXUInt2Data, {0xfe, 0xff}), "Integer 65534"},
+      {Field(KXUInt4Data, {1, 0, 0, 0}), "Integer 1"},
+      {Field(KXFloatData, {0, 0, 0x20, 0x40}), "Float 2.5"},
+      {Field(KXMoneyData, {0, 0, 0, 0, 0, 0, 0, 0}), nullptr},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.value.GetKXDataType());
+    if (row.literal) {
+      EXPECT_EQ(Describe(*Owned(RqExprLiteral::MakeRqExprLiteral(row.value))), row.literal);
+    } else {
+      EXPECT_DEATH(RqExprLiteral::MakeRqExprLiteral(row.value), "SQORRqExprLiteral");
+    }
+  }
+}
+
+// Literals from row records
+
+/// Bytes as they lie in a record.
+template <class T>
+ByteVector BytesOf(const T& value) {
+  ByteVector bytes(sizeof(T));
+  std::memcpy(bytes.data(), &value, sizeof(T));
+  return bytes;
+}
+
+ByteVector operator+(ByteVector lhs, const ByteVector& rhs) {
+  lhs.insert(lhs.end(), rhs.begin(), rhs.end());
+  return lhs;
+}
+
+ByteVector Narrow(const std::string& text) { return ByteVector(text.begin(), text.end()); }
+
+ByteVector Wide(const std::wstring& text) {
+  ByteVector bytes;
+  for (const wchar_t character : text) bytes = bytes + BytesOf(character);
+  return bytes;
+}
+
+ByteVector Counted(std::uint32_t count, const ByteVector& text) { return BytesOf(count) + text; }
+
+ByteVector NumberBytes(const wchar_t* text) {
+  ByteVector bytes;
+  Number(text).ToByteVector(bytes);
+  return bytes;
+}
+
+struct FieldRow {
+  KXDataType type;
+  ByteVector field;
+  const char* literal;  // null: no literal stands for the type
+  bool bUnicode = false;
+};
+
+const FieldRow kFieldRows[] = {
+    {KXBitData, {1}, "Integer 1"},
+    {KXInt1Data, {0xff}, "Integer -1"},
+    {KXBoolean, {0x80}, "Integer -128"},
+    {KXUInt1Data, {0xff}, "Integer 255"},
+    {KXInt2Data, BytesOf(std::int16_t{-2}), "Integer -2"},
+    {KXUInt2Data, BytesOf(std::uint16_t{65534}), "Integer 65534"},
+    {KXInt4Data, BytesOf(std::int32_t{-3}), "Integer -3"},
+    {KXUInt4Data, BytesOf(std::uint32_t{2147483647}), "Integer 2147483647"},
+    {KXUInt4Data, BytesOf(std::uint32_t{2147483648}), "Float 2147483648.0"},
+    {KXUInt4Data, BytesOf(std::uint32_t{3000000000}), "Float 3000000000.0"},
+    {KXFloatData, BytesOf(2.5f), "Float 2.5"},
+    {KXDoubleData, BytesOf(0.1), "Float 0.1"},
+    {KXCharData, Wide(std::wstring(L"ab  \0cd", 7)), "String 'ab'", true},
+    {KXCharData, Narrow(std::string("ab  \0cd", 7)), "String 'ab  '"},
+    {KXCharData, Narrow(std::string("\xc3\xbc\0", 3)), "String '\xc3\xbc'"},
+    {KXVarCharData, Counted(3, Wide(L"a\x4e00 zz")), "String 'a\xe4\xb8\x80 '", true},
+    {KXVarCharData, Counted(3, Wide(std::wstring(L"a\0b", 3))), "String 'a'", true},
+    {KXLongVarCharData, Counted(0, {}), "String ''", true},
+    {KXLongVarCharData, Counted(2, Narrow("abc")), "String 'ab'"},
+    {KXNumericData, NumberBytes(L"-1.25"), "Number -1.25"},
+    {KXDecimalData, NumberBytes(L"0"), "Number 0.0"},
+    {KXDateData, BytesOf(KXDate(1999, 2, 3)), "Date '1999-02-03'"},
+    {KXTimeData, BytesOf(KXTime(1, 2, 3)), "Time '01:02:03.000'"},
+    {KXDateTimeData, BytesOf(KXDateTime(1999, 2, 3, 4, 5, 6)), "DateTime '1999-02-03 04:05:06.000'"},
+    {KXTimeStampData, BytesOf(KXDateTime(1999, 2, 3, 4, 5, 6)), "DateTime '1999-02-03 04:05:06.000'"},
+    {KXBinaryData, {1}, nullptr},
+    {KXVarBinaryData, {1}, nullptr},
+    {KXLongVarBinaryData, {1}, nullptr},
+    {KXMoneyData, {1}, nullptr},
+    {KXIntervalData, {1}, nullptr},
+    {KXObjectData, {1}, nullptr},
+    {KXUnknown, {1}, nullptr},
+    {KXMaxType, {1}, nullptr},
+};
+
+void PrintTo(const FieldRow& row, std::ostream* pOut) { *pOut << "type " << row.type; }
+
+class RecordField : public testing::TestWithParam<FieldRow> {};
+
+TEST_P(RecordField, BecomesALiteral) {
+  const FieldRow& row = GetParam();
+  // Three odd bytes in front, the second of them the null flag, so that no field is aligned.
+  constexpr int kValueOffset = 3;
+  ByteVector record = ByteVector{9, 0, 9} + row.field;
+  const auto decode = [&](Owner& owner, int nullOffset) {
+    return RqExprLiteral::MakeRqExprLiteral(owner, row.type, kValueOffset, nullOffset, record.data(), row.bUnicode);
+  };
+  Owner owner;
+  for (const int nullOffset : {0, 1}) {
+    SCOPED_TRACE(nullOffset);
+    if (!row.literal) {
+      EXPECT_DEATH(decode(owner, nullOffset), "SQORRqExprLiteral");
+      continue;
+    }
+    EXPECT_EQ(Describe(*decode(owner, nullOffset)), row.literal);
+    EXPECT_TRUE(owner.IsPooled());
+  }
+  record[1] = 1;
+  EXPECT_EQ(Describe(*decode(owner, 1)), "Null ") << "the null flag goes before the type";
+  if (!row.literal) return;
+  EXPECT_EQ(Describe(*decode(owner, 0)), row.literal);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, RecordField, testing::ValuesIn(kFieldRows));
+
+TEST(RecordFieldDeathTest, NeedsARecord) {
+  Owner owner;
+  EXPECT_DEATH(RqExprLiteral::MakeRqExprLiteral(owner, KXInt4Data, 0, 0, nullptr, false), "pKXListstreamRecord");
+}
+
+// Pools
+
+TEST(LiteralPools, StandForEachPooledKind) {
+  Owner owner;
+  EXPECT_EQ(FastMakeIntegerLiteral(owner, 1)->GetValue(), 1);
+  EXPECT_EQ(FastMakeStringLiteral(owner, L"a")->GetString(), L"a");
+  EXPECT_EQ(FastMakeFloatLiteral(owner, 0.5)->GetValue(), 0.5);
+  EXPECT_EQ(FastMakeDateLiteral(owner, KXDate(1, 2, 3))->GetDateValue(), KXDate(1, 2, 3));
+  EXPECT_EQ(FastMakeTimeLiteral(owner, KXTime(1, 2, 3))->GetTimeValue(), KXTime(1, 2, 3));
+  EXPECT_EQ(FastMakeDateTimeLiteral(owner, KXDateTime(1, 2, 3, 4, 5, 6))->GetDateTimeValue(),
+            KXDateTime(1, 2, 3, 4, 5, 6));
+  EXPECT_EQ(FastMakeNumberLiteral(owner, Number(L"1.5"))->GetValue(), Number(L"1.5"));
+  EXPECT_TRUE(FastMakeNullLiteral(owner)->IsAlwaysNull());
+  EXPECT_EQ(global_integerPools.size(), kDefaultNumPartitions);
+  EXPECT_EQ(kDefaultNumPartitions, static_cast<std::size_t>(SystemUtility::GetNumberOfProcessors()) + 4);
+}
+
+const auto kSetValue = [](RqExprIntegerLiteral& literal, int value) { literal.SetValue(value); };
+using IntegerPool = TypedObjPool<RqExprIntegerLiteral>;
+
+TEST(LiteralPools, KeepAHundredObjects) {
+  IntegerPool pool;
+  const std::int64_t nodesBefore = MemoryDataCollector::GetRqNodeCount();
+  {
+    std::vector<Owner> owners(102);
+    for (int i = 0; i < 102; ++i) {
+      EXPECT_EQ(pool.Make(owners[i], kSetValue, i)->GetValue(), i);
+      EXPECT_EQ(owners[i].IsPooled(), i < 100) << i;
+    }
+    EXPECT_EQ(pool.GetPoolSize(), 100u);
+    EXPECT_EQ(MemoryDataCollector::GetRqNodeCount(), nodesBefore + 102);
+  }
+  EXPECT_EQ(MemoryDataCollector::GetRqNodeCount(), nodesBefore + 100) << "what is not pooled is deleted";
+  EXPECT_EQ(pool.GetPoolSize(), 100u);
+}
+
+TEST(LiteralPools, GiveTheLastReturnedObjectWithItsFlags) {
+  IntegerPool pool;
+  const RqExprLiteral* pUsed = nullptr;
+  NodeID id;
+  {
+    Owner owner;
+    RqExprIntegerLiteral* const pLiteral = pool.Make(owner, kSetValue, 1);
+    pLiteral->SetPlaceHolder(true);
+    id = pLiteral->GetNodeID();
+    pUsed = pLiteral;
+  }
+  Owner owner;
+  const RqExprIntegerLiteral* const pAgain = pool.Make(owner, kSetValue, 2);
+  EXPECT_EQ(pAgain, pUsed);
+  EXPECT_EQ(pAgain->GetValue(), 2);
+  EXPECT_TRUE(pAgain->IsPlaceHolder());
+  EXPECT_EQ(pAgain->GetNodeID(), id);
+}
+
+TEST(LiteralPools, AGuardLetsGoOfWhatItHeld) {
+  IntegerPool pool;
+  Owner owner;
+  const RqExprLiteral* const pFirst = pool.Make(owner, kSetValue, 1);
+  EXPECT_EQ(pool.Make(owner, kSetValue, 2), pFirst) << "it went back before the next was taken";
+
+  const std::unique_ptr<RqExprLiteral> pReleased(owner.ReleaseOwnership());
+  EXPECT_EQ(pReleased.get(), pFirst);
+  EXPECT_FALSE(owner);
+  EXPECT_EQ(pool.GetPoolSize(), 0u) << "the pool no longer counts on it";
+
+  auto* const pUnpooled = new RqExprNullLiteral();
+  owner.GiveOwnership(nullptr, pUnpooled);
+  EXPECT_EQ(owner.Get(), pUnpooled);
+  EXPECT_FALSE(owner.IsPooled());
+}
+
+TEST(LiteralPools, AreTakenInTurn) {
+  PartitionedPools<IntegerPool> pools(3);
+  std::vector<IntegerPool*> taken;
+  for (int i = 0; i < 6; ++i) taken.push_back(&pools.Next());
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(taken[i], taken[i + 3]);
+    EXPECT_EQ(taken[i], &pools[(i + 1) % 3]);
+  }
+}
+
+/// Throws on demand.
+struct Fragile {
+  static inline bool s_bThrows = false;
+  explicit Fragile(int value) : m_value(value) {
+    if (s_bThrows) throw std::runtime_error("no value");
+  }
+  virtual ~Fragile() = default;
+  int m_value;
+};
+
+TEST(ObjectPools, StandAConstructorThatThrows) {
+  TypedObjPool<Fragile> pool;
+  const auto setValue = [](Fragile& object, int value) { object.m_value = value; };
+  ObjPoolGuard<Fragile> owner;
+  Fragile::s_bThrows = true;
+  EXPECT_THROW(pool.Make(owner, setValue, 1), std::runtime_error);
+  EXPECT_FALSE(owner);
+  EXPECT_EQ(pool.GetPoolSize(), 0u);
+  Fragile::s_bThrows = false;
+  EXPECT_EQ(pool.Make(owner, setValue, 2)->m_value, 2) << "the lock is free";
+}
+
+TEST(LiteralPools, AreSharedByThreads) {
+  constexpr int kRounds = 2000;
+  // Each thread makes literals for the other, which checks them and gives them back.
+  std::vector<std::vector<Owner>> handed(2);
+  for (auto& owners : handed) owners = std::vector<Owner>(kRounds);
+  const auto onTwoThreads = [](const std::function<void(int)>& work) {
+    std::thread other(work, 1);
+    work(0);
+    other.join();
+  };
+  onTwoThreads([&handed](int thread) {
+    for (int i = 0; i < kRounds; ++i) {
+      Owner passing;
+      EXPECT_EQ(FastMakeStringLiteral(passing, L"passing")->GetString(), L"passing");
+      FastMakeIntegerLiteral(handed[1 - thread][i], thread * kRounds + i);
+    }
+  });
+  onTwoThreads([&handed](int thread) {
+    for (int i = 0; i < kRounds; ++i) {
+      Owner& owner = handed[thread][i];
+      EXPECT_EQ(static_cast<RqExprIntegerLiteral&>(*owner).GetValue(), (1 - thread) * kRounds + i);
+      owner.Reset();
+    }
+  });
+  for (std::size_t i = 0; i < global_integerPools.size(); ++i) {
+    EXPECT_LE(global_integerPools[i].GetPoolSize(), IntegerPool::kMaxPoolSize);
+  }
+}
+
+}  // namespace
