@@ -1,0 +1,169 @@
+#pragma once
+
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+#include "Host/MemAlloc.h"
+
+/// A growable vector of bools, packed into words. Up to 128 bits lie in the object itself.
+///
+/// Operations on two vectors expect one length. Where the right one is shorter they leave the rest of the left one
+/// alone; where it is longer they do not look at the rest of it.
+/// Invariant: the bits of the last word beyond the length are clear.
+class BitVector {
+ public:
+  BitVector() noexcept = default;
+  explicit BitVector(std::size_t size, bool bValue = false) { resize(size, bValue); }
+  BitVector(const BitVector& rhs) { *this = rhs; }
+  BitVector(BitVector&& rhs) noexcept { Swap(rhs); }
+  ~BitVector() { Free(); }
+
+  BitVector& operator=(const BitVector& rhs) {
+    if (this == &rhs) return *this;
+    Reserve(rhs.NumWords());
+    std::copy_n(rhs.Words(), rhs.NumWords(), Words());
+    m_size = rhs.m_size;
+    return *this;
+  }
+  BitVector& operator=(BitVector&& rhs) noexcept {
+    Swap(rhs);
+    return *this;
+  }
+
+  std::size_t size() const { return m_size; }
+  bool empty() const { return m_size == 0; }
+  /// Bits behind the old end get the value; bits behind the new end are lost.
+  void resize(std::size_t size, bool bValue = false);
+  void push_back(bool bValue) { resize(m_size + 1, bValue); }
+
+  bool operator[](std::size_t i) const { return (Words()[i / kBitsPerWord] >> (i % kBitsPerWord) & 1U) != 0; }
+  void set(std::size_t i) { Words()[i / kBitsPerWord] |= BitMask(i); }
+  void reset(std::size_t i) { Words()[i / kBitsPerWord] &= ~BitMask(i); }
+  /// Clears all bits and keeps the length.
+  void reset() { std::fill_n(Words(), NumWords(), Word{0}); }
+
+  BitVector& operator|=(const BitVector& rhs) {
+    return Combine(rhs, [](Word left, Word right) { return left | right; });
+  }
+  BitVector& operator&=(const BitVector& rhs) {
+    return Combine(rhs, [](Word left, Word right) { return left & right; });
+  }
+  BitVector& operator^=(const BitVector& rhs) {
+    return Combine(rhs, [](Word left, Word right) { return left ^ right; });
+  }
+  /// Equal lengths and equal bits.
+  friend bool operator==(const BitVector& lhs, const BitVector& rhs) {
+    return lhs.m_size == rhs.m_size && std::equal(lhs.Words(), lhs.Words() + lhs.NumWords(), rhs.Words());
+  }
+
+  bool any() const { return std::any_of(Words(), Words() + NumWords(), [](Word word) { return word != 0; }); }
+  bool none() const { return !any(); }
+  /// The number of set bits.
+  std::size_t count() const {
+    std::size_t bits = 0;
+    for (std::size_t i = 0; i < NumWords(); ++i) bits += static_cast<std::size_t>(std::popcount(Words()[i]));
+    return bits;
+  }
+
+  /// Whether some bit is set in both. Requires: one length.
+  bool Intersects(const BitVector& rhs) const {
+    for (std::size_t i = 0; i < NumWords(); ++i) {
+      if ((Words()[i] & rhs.Words()[i]) != 0) return true;
+    }
+    return false;
+  }
+  /// Whether every bit set here is set in rhs. Requires: one length.
+  bool IsSubsetOf(const BitVector& rhs) const {
+    for (std::size_t i = 0; i < NumWords(); ++i) {
+      if ((Words()[i] & ~rhs.Words()[i]) != 0) return false;
+    }
+    return true;
+  }
+  /// Calls function(position) for each set bit, in ascending order.
+  template <class Function>
+  void ForEachSetBit(Function function) const {
+    for (std::size_t i = 0; i < NumWords(); ++i) {
+      for (Word word = Words()[i]; word != 0; word &= word - 1) {
+        function(i * kBitsPerWord + static_cast<std::size_t>(std::countr_zero(word)));
+      }
+    }
+  }
+
+ private:
+  using Word = std::uint32_t;
+  static constexpr std::size_t kBitsPerWord = 32;
+  static constexpr std::uint32_t kInlineWords = 4;
+
+  static std::size_t WordsFor(std::size_t size) { return (size + kBitsPerWord - 1) / kBitsPerWord; }
+  static Word BitMask(std::size_t i) { return Word{1} << (i % kBitsPerWord); }
+  /// The positions below size in the word that holds position size.
+  static Word TailMask(std::size_t size) { return BitMask(size) - 1; }
+
+  std::size_t NumWords() const { return WordsFor(m_size); }
+  Word* Words() { return m_capacity == kInlineWords ? m_inline : m_pWords; }
+  const Word* Words() const { return m_capacity == kInlineWords ? m_inline : m_pWords; }
+
+  /// Room for that many words; those that stand are kept.
+  void Reserve(std::size_t words) {
+    if (words > m_capacity) Grow(words);
+  }
+  void Grow(std::size_t words);
+  void Free() {
+    if (m_capacity != kInlineWords) KXNodeAlloc::deallocate(m_pWords, m_capacity * sizeof(Word));
+  }
+  void Swap(BitVector& rhs) noexcept {
+    std::swap(m_size, rhs.m_size);
+    std::swap(m_capacity, rhs.m_capacity);
+    std::swap(m_inline, rhs.m_inline);
+  }
+
+  /// left = function(left, right) on the positions that both have.
+  template <class Function>
+  BitVector& Combine(const BitVector& rhs, Function function);
+
+  std::uint32_t m_size = 0;
+  std::uint32_t m_capacity = kInlineWords;
+  union {
+    Word m_inline[kInlineWords] = {};
+    Word* m_pWords;
+  };
+};
+
+inline void BitVector::resize(std::size_t size, bool bValue) {
+  const std::size_t oldSize = m_size;
+  const std::size_t oldWords = NumWords();
+  Reserve(WordsFor(size));
+  m_size = static_cast<std::uint32_t>(size);
+  if (size > oldSize) {
+    if (bValue && oldSize % kBitsPerWord != 0) Words()[oldWords - 1] |= ~TailMask(oldSize);
+    std::fill(Words() + oldWords, Words() + NumWords(), bValue ? ~Word{0} : Word{0});
+  }
+  if (size % kBitsPerWord != 0) Words()[NumWords() - 1] &= TailMask(size);
+}
+
+inline void BitVector::Grow(std::size_t words) {
+  const std::size_t capacity = std::max(words, std::size_t{m_capacity} * 2);
+  auto* const pWords = static_cast<Word*>(KXNodeAlloc::allocate(capacity * sizeof(Word), __FILE__, __LINE__));
+  std::copy_n(Words(), NumWords(), pWords);
+  Free();
+  m_pWords = pWords;
+  m_capacity = static_cast<std::uint32_t>(capacity);
+}
+
+template <class Function>
+BitVector& BitVector::Combine(const BitVector& rhs, Function function) {
+  Word* const pLeft = Words();
+  const Word* const pRight = rhs.Words();
+  const std::size_t size = std::min(m_size, rhs.m_size);
+  const std::size_t wholeWords = size / kBitsPerWord;
+  for (std::size_t i = 0; i < wholeWords; ++i) pLeft[i] = function(pLeft[i], pRight[i]);
+  if (size % kBitsPerWord != 0) {
+    const Word common = TailMask(size);
+    Word& last = pLeft[wholeWords];
+    last = (last & ~common) | (function(last, pRight[wholeWords]) & common);
+  }
+  return *this;
+}

@@ -1,0 +1,231 @@
+#include "CondLanguage.h"
+
+#include <cctype>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <map>
+
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCondHierarchy.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCondSpecial.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqColumn.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprColumnList.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprLiteral.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprParam.h"
+
+namespace {
+
+using Operands = std::vector<RqExpr*>;
+
+template <class List>
+RqExpr* MakeList(Operands operands, std::size_t first) {
+  auto* const pList = new List();
+  for (std::size_t i = first; i < operands.size(); ++i) pList->AddChild(operands[i]);
+  return pList;
+}
+
+class Parser {
+ public:
+  explicit Parser(const std::string& text) : m_text(text) {}
+
+  RqExprCond* ParseAll() {
+    RqExprCond* const pCond = ParseOr();
+    if (m_at != m_text.size()) Fail();
+    return pCond;
+  }
+
+ private:
+  [[noreturn]] void Fail() const {
+    std::fprintf(stderr, "no condition: \"%s\" at %zu\n", m_text.c_str(), m_at);
+    std::abort();
+  }
+  bool Take(const std::string& token) {
+    while (m_at < m_text.size() && m_text[m_at] == ' ') ++m_at;
+    if (m_text.compare(m_at, token.size(), token) != 0) return false;
+    m_at += token.size();
+    while (m_at < m_text.size() && m_text[m_at] == ' ') ++m_at;
+    return true;
+  }
+  void Expect(const std::string& token) {
+    if (!Take(token)) Fail();
+  }
+
+  template <class Connective>
+  RqExprCond* ParseChain(const char* token, RqExprCond* (Parser::*parseTerm)()) {
+    RqExprCond* pCond = (this->*parseTerm)();
+    while (Take(token)) pCond = Connective::Concatenate(pCond, (this->*parseTerm)());
+    return pCond;
+  }
+  RqExprCond* ParseOr() { return ParseChain<RqExprCondOr>("|", &Parser::ParseAnd); }
+  RqExprCond* ParseAnd() { return ParseChain<RqExprCondAnd>("&", &Parser::ParseUnary); }
+  RqExprCond* ParseUnary() {
+    if (Take("!")) return new RqExprCondNot(ParseUnary());
+    if (Take("(")) {
+      RqExprCond* const pCond = ParseOr();
+      Expect(")");
+      return pCond;
+    }
+    return std::isupper(static_cast<unsigned char>(m_text[m_at])) ? ParseCall() : ParseComparison();
+  }
+
+  RqExpr* ParseOperand() {
+    if (Take("null")) return new RqExprNullLiteral();
+    if (Take("?")) return new RqExprParam(ParseInteger());
+    if (std::islower(static_cast<unsigned char>(m_text[m_at]))) {
+      const KXString name = KXString::FromUTF8(m_text.substr(m_at++, 1));
+      Take("");
+      return new RqTargetColumn(name, RqTargetColumn::kUnknownTableNum);
+    }
+    return new RqExprIntegerLiteral(ParseInteger(), false);
+  }
+  int ParseInteger() {
+    std::size_t length = 0;
+    const int value = std::stoi(m_text.substr(m_at), &length);
+    m_at += length;
+    Take("");
+    return value;
+  }
+  Operands ParseOperands() {
+    Operands operands;
+    do operands.push_back(ParseOperand());
+    while (Take(","));
+    return operands;
+  }
+
+  RqExprCond* ParseComparison() {
+    RqExpr* const pLeft = ParseOperand();
+    if (Take("==")) return new RqExprCondEquality(pLeft, ParseOperand(), true);
+    if (Take("=")) return new RqExprCondEquality(pLeft, ParseOperand(), false);
+    if (Take("<>")) return new RqExprCondNotEqual(pLeft, ParseOperand());
+    if (Take("<=")) return new RqExprCondLessEqual(pLeft, ParseOperand());
+    if (Take(">=")) return new RqExprCondGreaterEqual(pLeft, ParseOperand());
+    if (Take("<")) return new RqExprCondLess(pLeft, ParseOperand());
+    if (Take(">")) return new RqExprCondGreater(pLeft, ParseOperand());
+    Fail();
+  }
+
+  RqExprCond* ParseCall() {
+    const std::size_t open = m_text.find('(', m_at);
+    std::string name = m_text.substr(m_at, open - m_at);
+    m_at = open + 1;
+    if (name == "Wrap" || name == "Filter") {
+      RqExprCond* const pInner = ParseOr();
+      Expect(")");
+      if (name == "Wrap") return new RqExprCondAtomicWrapper(pInner);
+      return new RqExprCondOuterJoinFilter(pInner, SqlTableRef::kLeftOuterJoin);
+    }
+    Operands operands = ParseOperands();
+    const bool bNegated = name.starts_with("Not");
+    if (bNegated) name = name == "NotNull" ? "IsNull" : name.substr(3);
+    RqExprCond* const pCond = name == "MultiIn" ? ParseRows(operands, bNegated) : MakeCall(name, operands, bNegated);
+    Expect(")");
+    return pCond;
+  }
+  RqExprCond* ParseRows(const Operands& columns, bool bNegated) {
+    Operands rows;
+    while (Take(";")) rows.push_back(MakeList<RqExprColumnList>(ParseOperands(), 0));
+    return new RqExprCondMultiColumnIn(MakeList<RqExprColumnList>(columns, 0), MakeList<RqExprColumnList>(rows, 0),
+                                       bNegated);
+  }
+  RqExprCond* MakeCall(const std::string& name, Operands& args, bool bNegated) {
+    if (name == "IsNull") return new RqExprCondIsNull(args.at(0), bNegated);
+    if (name == "Between") return new RqExprCondBetween(args.at(0), args.at(1), args.at(2), bNegated);
+    if (name == "Like") return new RqExprCondLike(args.at(0), args.at(1), bNegated, nullptr);
+    if (name == "In") return new RqExprCondIn(args.at(0), MakeList<RqExprColumnList>(args, 1), bNegated);
+    if (name == "Pred") return new RqExprEvaluatePredicate(args, bNegated);
+    if (name == "IsAncestor") return new RqExprIsAncestor(args.at(0), args.at(1), args.at(2), bNegated);
+    if (name == "IsRoot") return new RqExprIsRoot(args.at(0));
+    if (name == "IsSibling") return new RqExprIsSibling(args.at(0), args.at(1), args.at(2), false);
+    if (name == "IsLeaf") return new RqExprIsLeaf(args.at(0), bNegated);
+    if (name == "GroupBy") return new RqExprCondGroupByContent(args);
+    Fail();
+  }
+
+  const std::string& m_text;
+  std::size_t m_at = 0;
+};
+
+std::string OperandTexts(const RqExpr& expr, const char* separator = ",") {
+  std::string texts;
+  for (int i = 0; i < expr.GetNumOperands(); ++i) {
+    const std::string text = expr.GetIthOperand(i) ? CondText(expr.GetIthOperand(i)) : "";
+    texts += (texts.empty() || text.empty() ? "" : separator) + text;
+  }
+  return texts;
+}
+
+/// The terms of a tree of one connective. One of the other connective is in parentheses where it binds less.
+std::string ChainText(const RqExpr& expr, RqNodeType_e connective) {
+  if (expr.GetObjectType() == connective) {
+    return ChainText(*expr.GetIthOperand(0), connective) + (connective == kRqExprCondAnd ? " & " : " | ") +
+           ChainText(*expr.GetIthOperand(1), connective);
+  }
+  const bool bParentheses = expr.GetObjectType() == kRqExprCondOr;
+  return bParentheses ? "(" + CondText(&expr) + ")" : CondText(&expr);
+}
+
+std::string NotText(const RqExpr& inner) {
+  const RqNodeType_e type = inner.GetObjectType();
+  return type == kRqExprCondAnd || type == kRqExprCondOr ? "!(" + CondText(&inner) + ")" : "!" + CondText(&inner);
+}
+
+std::string CallText(const RqExpr& expr) {
+  static const std::map<RqNodeType_e, std::string> kNames = {{kRqExprCondIsNull, "IsNull"},
+                                                             {kRqExprCondBetween, "Between"},
+                                                             {kRqExprCondLike, "Like"},
+                                                             {kRqExprCondIn, "In"},
+                                                             {kRqExprCondMultiColumnIn, "MultiIn"},
+                                                             {kRqExprEvaluatePredicate, "Pred"},
+                                                             {kRqExprIsAncestor, "IsAncestor"},
+                                                             {kRqExprIsRoot, "IsRoot"},
+                                                             {kRqExprIsSibling, "IsSibling"},
+                                                             {kRqExprIsLeaf, "IsLeaf"},
+                                                             {kRqExprCondGroupByContent, "GroupBy"},
+                                                             {kRqExprCondAtomicWrapper, "Wrap"},
+                                                             {kRqExprCondOuterJoinFilter, "Filter"}};
+  const RqNodeType_e type = expr.GetObjectType();
+  bool bNegated = false;
+  if (const auto* const pNegatable = dynamic_cast<const RqExprCondNegatable*>(&expr)) bNegated = pNegatable->IsNegated();
+  if (type == kRqExprEvaluatePredicate) bNegated = static_cast<const RqExprEvaluatePredicate&>(expr).IsNegated();
+  std::string operands = OperandTexts(expr, type == kRqExprCondMultiColumnIn ? ";" : ",");
+  if (type == kRqExprIsRoot) operands = CondText(expr.GetIthOperand(0));
+  if (type == kRqExprIsSibling) {
+    operands = CondText(expr.GetIthOperand(0)) + "," + CondText(expr.GetIthOperand(1)) + "," +
+               CondText(expr.GetIthOperand(RqExprIsSibling::kParentKey));
+  }
+  const auto name = kNames.find(type);
+  if (name == kNames.end()) return "?";
+  if (!bNegated) return name->second + "(" + operands + ")";
+  return (type == kRqExprCondIsNull ? "NotNull" : "Not" + name->second) + "(" + operands + ")";
+}
+
+}  // namespace
+
+OwnedRqExprCondPtr ParseCond(const std::string& text) { return OwnedRqExprCondPtr(Parser(text).ParseAll()); }
+
+std::string CondText(const RqExpr* pExpr) {
+  if (!pExpr) return "-";
+  const RqExpr& expr = *pExpr;
+  const auto comparison = [&expr](const char* op) {
+    return CondText(expr.GetIthOperand(0)) + op + CondText(expr.GetIthOperand(1));
+  };
+  switch (expr.GetObjectType()) {
+    case kRqTargetColumn: return static_cast<const RqTargetColumn&>(expr).GetColumnName(nullptr).ToUTF8();
+    case kRqExprIntegerLiteral: return std::to_string(static_cast<const RqExprIntegerLiteral&>(expr).GetValue());
+    case kRqExprNullLiteral: return "null";
+    case kRqExprParam: return "?" + std::to_string(static_cast<const RqExprParam&>(expr).GetParamNumber());
+    case kRqExprColumnList:
+      return OperandTexts(expr, expr.GetNumOperands() > 0 && expr.GetIthOperand(0)->IsMultiExpr() ? ";" : ",");
+    case kRqExprCondEquality:
+      return comparison(static_cast<const RqExprCondEquality&>(expr).AreNullsEqual() ? "==" : "=");
+    case kRqExprCondNotEqual: return comparison("<>");
+    case kRqExprCondLess: return comparison("<");
+    case kRqExprCondLessEqual: return comparison("<=");
+    case kRqExprCondGreater: return comparison(">");
+    case kRqExprCondGreaterEqual: return comparison(">=");
+    case kRqExprCondAnd:
+    case kRqExprCondOr: return ChainText(expr, expr.GetObjectType());
+    case kRqExprCondNot: return NotText(*expr.GetIthOperand(0));
+    default: return CallText(expr);
+  }
+}

@@ -1,0 +1,944 @@
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <map>
+#include <memory>
+#include <numeric>
+#include <optional>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "Host/DataBlobUtil.h"
+#include "HostMemory/MemoryGateway.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCondHierarchy.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCondSpecial.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqColumn.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprColumnList.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprLiteral.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprParam.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprSessionVar.h"
+#include "Query/Optimizer/Request/Node/SQORRqNodeUtil.h"
+
+namespace {
+
+using testing::HasSubstr;
+using Own = OwnedRqExprCondPtr;
+
+// Making expressions. The caller, or the node that takes them, owns what these give.
+
+RqExpr* Col(const std::string& name) { return new RqTargetColumn(KXString::FromUTF8(name), 1); }
+RqExpr* Int(int value) { return new RqExprIntegerLiteral(value, false); }
+RqExpr* Flt(double value) { return new RqExprFloatLiteral(value); }
+RqExpr* Str(const wchar_t* value) { return new RqExprStringLiteral(KXString(value)); }
+RqExpr* Null() { return new RqExprNullLiteral(); }
+RqExpr* Param(int number) { return new RqExprParam(number); }
+RqExpr* Var(const wchar_t* name, int index = RqExprSessionVar::kNoIndex) {
+  return new RqExprSessionVar(KXStringPair(L"block", name), index);
+}
+
+template <class ListClass>
+RqExpr* ListOf(const std::vector<RqExpr*>& columns) {
+  auto* const pList = new ListClass();
+  for (RqExpr* const pColumn : columns) pList->AddChild(pColumn);
+  return pList;
+}
+RqExpr* List(const std::vector<RqExpr*>& columns) { return ListOf<RqExprColumnList>(columns); }
+RqExpr* Row(const std::vector<RqExpr*>& columns) { return ListOf<RqExprColumnListOrdered>(columns); }
+
+RqExprCond* IsNull(RqExpr* pExpr) { return new RqExprCondIsNull(pExpr, false); }
+RqExprCond* Less(RqExpr* pLeft, RqExpr* pRight) { return new RqExprCondLess(pLeft, pRight); }
+RqExprCond* Eq(RqExpr* pLeft, RqExpr* pRight) { return new RqExprCondEquality(pLeft, pRight, false); }
+RqExprCond* Not(RqExprCond* pCond) { return new RqExprCondNot(pCond); }
+RqExprCond* In(RqExpr* pSearch, RqExpr* pValues, bool bNegated = false) {
+  return new RqExprCondIn(pSearch, pValues, bNegated);
+}
+RqExprCond* True() { return Eq(Int(1), Int(1)); }
+RqExprCond* False() { return Eq(Int(1), Int(2)); }
+RqExprCond* Unknown() { return IsNull(Col("u")); }
+/// An atom of one letter, told from others and ordered by it.
+RqExprCond* Atom(char letter) { return IsNull(Col(std::string(1, letter))); }
+
+/// Two operands that are let go of here and taken by the constructor.
+template <class Class>
+RqExprCond* Both(RqExprCond* pLeft, RqExprCond* pRight) {
+  return new Class(pLeft, pRight);
+}
+
+RqExpr* Attr(std::uint32_t number) {
+  static MemoryGateway s_gateway;
+  return new RqAttribute(&s_gateway, VoidID(3001, number));
+}
+
+/// An expression as nested text. And and Or have their height behind them; "is null" is the text of its operand.
+std::string Text(const RqExpr* pExpr) {
+  if (!pExpr) return "-";
+  const auto operand = [&](int i) { return Text(pExpr->GetIthOperand(i)); };
+  const auto number = [](auto value) { return std::to_string(value); };
+  const auto junction = [&](const char* sign, int height) {
+    return "(" + operand(0) + sign + operand(1) + ")" + std::to_string(height);
+  };
+  // clang-format off
+  switch (pExpr->GetObjectType()) {
+    case kRqTargetColumn: return static_cast<const RqTargetColumn*>(pExpr)->GetColumnName(nullptr).ToUTF8();
+    case kRqAttribute: return "@" + number(static_cast<const RqAttribute*>(pExpr)->GetID().m_uniqueNum.m_number);
+    case kRqExprIntegerLiteral: return number(static_cast<const RqExprIntegerLiteral*>(pExpr)->GetValue());
+    case kRqExprParam: return "?" + number(static_cast<const RqExprParam*>(pExpr)->GetParamNumber());
+    case kRqExprCondIsNull: return operand(0);
+    case kRqExprCondEquality: return operand(0) + "=" + operand(1);
+    case kRqExprCondNotEqual: return operand(0) + "<>" + operand(1);
+    case kRqExprCondLess: return operand(0) + "<" + operand(1);
+    case kRqExprCondNot: return "!" + operand(0);
+    case kRqExprCondAnd: return junction("&", static_cast<const RqExprCondAnd*>(pExpr)->GetHeight());
+    case kRqExprCondOr: return junction("|", static_cast<const RqExprCondOr*>(pExpr)->GetHeight());
+    default: break;
+  }
+  // clang-format on
+  std::string text(GetRqNodeTypeName(pExpr->GetObjectType()));
+  for (int i = 0; i < pExpr->GetNumOperands(); ++i) text += (i ? "," : "(") + operand(i);
+  return text + ")";
+}
+std::string Text(const Own& cond) { return Text(cond.Get()); }
+
+// Order of operands at construction
+
+// clang-format off
+TEST(OperandOrder, Construction) {
+  struct { const char* m_name; RqExprCond* m_pCond; const char* m_text; } const rows[] = {
+      {"lesser stays", Eq(Col("a"), Col("b")), "a=b"},
+      {"greater swaps", Eq(Col("b"), Col("a")), "a=b"},
+      {"by kind", Eq(Int(1), Col("a")), "a=1"},
+      {"parameter right stays right of a lesser one", Eq(Col("a"), Param(1)), "a=?1"},
+      {"parameter right stays right of a greater one", Eq(Int(1), Param(1)), "1=?1"},
+      {"parameter left swaps with a greater one", Eq(Param(1), Int(1)), "1=?1"},
+      {"parameter left swaps with a lesser one", Eq(Param(1), Col("a")), "a=?1"},
+      {"two parameters stay as given", Eq(Param(2), Param(1)), "?2=?1"},
+      {"not equal keeps", new RqExprCondNotEqual(Col("b"), Col("a")), "b<>a"},
+      {"less keeps", Less(Col("b"), Col("a")), "b<a"},
+      {"less equal keeps", new RqExprCondLessEqual(Col("b"), Col("a")), "RqExprCondLessEqual(b,a)"},
+      {"greater keeps", new RqExprCondGreater(Col("b"), Col("a")), "RqExprCondGreater(b,a)"},
+      {"greater equal keeps", new RqExprCondGreaterEqual(Col("b"), Col("a")), "RqExprCondGreaterEqual(b,a)"},
+      {"and sorts", Both<RqExprCondAnd>(Atom('b'), Atom('a')), "(a&b)0"},
+      {"or sorts", Both<RqExprCondOr>(Atom('b'), Atom('a')), "(a|b)0"},
+      {"like has its escape third", new RqExprCondLike(Col("a"), Int(1), false, Int(2)), "RqExprCondLike(a,1,2)"},
+      {"like without escape", new RqExprCondLike(Col("a"), Int(1), false, nullptr), "RqExprCondLike(a,1,-)"},
+      {"between without bounds", new RqExprCondBetween(Col("a"), nullptr, nullptr, true), "RqExprCondBetween(a,-,-)"},
+      {"leaf form", new RqExprIsAncestor(Col("a"), true), "RqExprIsAncestor(a,1,-1)"},
+      {"root", new RqExprIsRoot(Col("a")), "RqExprIsRoot(a,1,-1)"},
+      {"sibling", new RqExprIsSibling(Col("a"), Col("b"), Col("k"), true), "RqExprIsSibling(a,b,1,k)"},
+  };
+  // clang-format on
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.m_name);
+    EXPECT_EQ(row.m_text, Text(Own(row.m_pCond)));
+  }
+
+  RqExprCond* const pFirst = Atom('a');
+  RqExprCond* const pSecond = Atom('a');
+  const RqExprCondAnd both(pFirst, pSecond);
+  EXPECT_EQ(pSecond, both.GetLeftCond()) << "equal operands change places";
+}
+
+// Balanced trees
+
+template <class Connective>
+class SpineTest : public testing::Test {
+ public:
+  /// The shapes are written for And; Or has the signs the other way round.
+  static std::string Shape(std::string text) {
+    if (Connective::kObjectType == kRqExprCondAnd) return text;
+    for (char& sign : text) sign = sign == '&' ? '|' : sign == '|' ? '&' : sign;
+    return text;
+  }
+
+  static Own Chain(const std::string& letters) {
+    Own cond;
+    for (const char letter : letters) cond = Connective::Concatenate(cond.Release(), Atom(letter));
+    return cond;
+  }
+
+  /// Heights, balance and parents of a spine and its height; what is no spine is a leaf.
+  static int CheckSpine(const RqExprCond* pCond, std::vector<const RqExprCond*>& leaves) {
+    if (pCond->GetObjectType() != Connective::kObjectType || static_cast<const Connective*>(pCond)->GetHeight() == 0) {
+      leaves.push_back(pCond);
+      return 0;
+    }
+    const auto* const pNode = static_cast<const Connective*>(pCond);
+    EXPECT_EQ(pNode, pNode->GetLeftCond()->GetParent());
+    EXPECT_EQ(pNode, pNode->GetRightCond()->GetParent());
+    const int left = CheckSpine(pNode->GetLeftCond(), leaves);
+    const int right = CheckSpine(pNode->GetRightCond(), leaves);
+    EXPECT_LE(std::abs(left - right), 1);
+    EXPECT_EQ(std::max(left, right) + 1, pNode->GetHeight());
+    return pNode->GetHeight();
+  }
+};
+
+using Connectives = testing::Types<RqExprCondAnd, RqExprCondOr>;
+TYPED_TEST_SUITE(SpineTest, Connectives);
+
+TYPED_TEST(SpineTest, ShapesOfTheFirstInsertions) {
+  struct {
+    const char* m_letters;
+    std::vector<const char*> m_shapes;
+  } const rows[] = {
+      {"abcdefghi",
+       {"a", "(a&b)1", "(a&(b&c)1)2", "((a&b)1&(c&d)1)2", "((a&b)1&(c&(d&e)1)2)3", "((a&b)1&((c&d)1&(e&f)1)2)3",
+        "(((a&b)1&(c&d)1)2&(e&(f&g)1)2)3", "(((a&b)1&(c&d)1)2&((e&f)1&(g&h)1)2)3",
+        "(((a&b)1&(c&d)1)2&((e&f)1&(g&(h&i)1)2)3)4"}},
+      // Each new pair is sorted, so the older condition of a pair drifts to the right; a rotation sorts nothing.
+      {"hgfedc",
+       {"h", "(g&h)1", "(g&(f&h)1)2", "((g&f)1&(e&h)1)2", "((g&f)1&(e&(d&h)1)2)3", "((g&f)1&((e&d)1&(c&h)1)2)3"}},
+  };
+  for (const auto& row : rows) {
+    const std::string letters = row.m_letters;
+    for (std::size_t n = 1; n <= letters.size(); ++n) {
+      SCOPED_TRACE(letters.substr(0, n));
+      EXPECT_EQ(this->Shape(row.m_shapes[n - 1]), Text(this->Chain(letters.substr(0, n))));
+    }
+  }
+}
+
+TYPED_TEST(SpineTest, WhatIsALeafAndWhatIsNot) {
+  using Connective = TypeParam;
+  using Other = std::conditional_t<std::is_same_v<Connective, RqExprCondAnd>, RqExprCondOr, RqExprCondAnd>;
+  const char* const kHigh = "abcdefghi";
+  const auto concatenate = [](Own first, Own second) {
+    return Own(Connective::Concatenate(first.Release(), second.Release()));
+  };
+  const auto grow = [&](Own cond, const std::string& letters) {
+    for (const char letter : letters) cond = concatenate(cond, Own(Atom(letter)));
+    return cond;
+  };
+  const auto chain = [](const std::string& letters) { return SpineTest<Connective>::Chain(letters); };
+  const auto join = [](Own left, Own right) { return Own(new Connective(left.Release(), right.Release())); };
+  const auto atom = [](char letter) { return Own(Atom(letter)); };
+  const Own heightless = join(atom('a'), atom('b'));
+  const std::string high = this->Shape(Text(chain(kHigh)));
+
+  // clang-format off
+  struct { const char* m_name; Own m_cond; std::string m_shape; } const rows[] = {
+      {"null first", concatenate(Own(), chain("ab")), "(a&b)1"},
+      {"null second", concatenate(chain("ab"), Own()), "(a&b)1"},
+      {"a tree behind an atom is a leaf", concatenate(chain("a"), chain("bc")), "((b&c)0&a)1"},
+      {"a tree behind a tree is a leaf", concatenate(chain("ab"), chain("cd")), "(a&((c&d)0&b)1)2"},
+      {"and stays one", grow(concatenate(chain("ab"), chain("cd")), "e"), "((a&(c&d)0)1&(b&e)1)2"},
+      {"a tree without heights grows at its right edge", grow(heightless, "cd"), "((a&b)1&(c&d)1)2"},
+      {"a leaf tree at the right edge is not entered",
+       grow(concatenate(Own(Less(Int(0), Int(0))), chain("bc")), "d"), "(0<0&((b&c)0&d)1)2"},
+      {"a tree of the other connective is a leaf too and keeps its height",
+       concatenate(chain("a"), SpineTest<Other>::Chain("bc")), "((b|c)1&a)1"},
+      {"a high left operand, not looked at first", grow(join(chain(kHigh), atom('m')), "n"), "(" + high + "&(m&n)1)2"},
+      {"is then rotated down", grow(join(chain(kHigh), atom('m')), "no"), "((" + high + "&m)5&(n&o)1)2"},
+      {"a level an insertion", grow(join(chain(kHigh), atom('m')), "nop"), "(((" + high + "&m)5&n)6&(o&p)1)2"},
+  };
+  // clang-format on
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.m_name);
+    EXPECT_EQ(this->Shape(row.m_shape), Text(row.m_cond));
+  }
+}
+
+TYPED_TEST(SpineTest, ConcatenateCopyResetsTheHeightOfItsSource) {
+  using Connective = TypeParam;
+  // clang-format off
+  struct { const char* m_name; RqExprCond* m_pFirst; const char *m_result, *m_source, *m_grown; } const rows[] = {
+      {"nothing first: a copy with its height", nullptr, "(b&c)1", "(b&c)1", "(b&(c&d)1)2"},
+      {"an atom first: the source loses its height, the copy is entered", Less(Int(0), Int(0)), "(0<0&(b&c)1)1",
+       "(b&c)0", "((0<0&b)1&(c&d)1)2"},
+      {"a tree first: the copy is its leaf", this->Chain("ax").Release(), "(a&((b&c)0&x)1)2", "(b&c)1",
+       "((a&(b&c)0)1&(d&x)1)2"},
+  };
+  // clang-format on
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.m_name);
+    const Own source = this->Chain("bc");
+    Own result(Connective::ConcatenateCopy(row.m_pFirst, *source));
+    EXPECT_EQ(this->Shape(row.m_result), Text(result));
+    EXPECT_EQ(this->Shape(row.m_source), Text(source));
+    EXPECT_FALSE(FoundNodes(result.Get(), [&](const RqNode& node) { return &node == source.Get(); }));
+    result = Connective::Concatenate(result.Release(), Atom('d'));
+    EXPECT_EQ(this->Shape(row.m_grown), Text(result));
+  }
+}
+
+TYPED_TEST(SpineTest, ThousandsOfConditionsStayLogarithmic) {
+  constexpr unsigned kSeed = 20;
+  for (const int count : {1000, 100000}) {
+    SCOPED_TRACE(count);
+    std::vector<int> numbers(static_cast<std::size_t>(count));
+    std::iota(numbers.begin(), numbers.end(), 0);
+    std::shuffle(numbers.begin(), numbers.end(), std::mt19937(kSeed));
+
+    std::set<const RqExprCond*> given;
+    Own cond;
+    for (const int number : numbers) {
+      RqExprCond* const pAtom = IsNull(Int(number));
+      given.insert(pAtom);
+      cond = TypeParam::Concatenate(cond.Release(), pAtom);
+    }
+    std::vector<const RqExprCond*> leaves;
+    EXPECT_LE(this->CheckSpine(cond.Get(), leaves), 1.45 * std::log2(count));
+    EXPECT_EQ(static_cast<std::size_t>(count), leaves.size());
+    EXPECT_EQ(given, std::set<const RqExprCond*>(leaves.begin(), leaves.end()));
+  }
+}
+
+/// An atom that counts how often it is asked. Its truth is not known.
+class CountingAtom final : public RqExprCondIn {
+ public:
+  explicit CountingAtom(int& count) : RqExprCondIn(Col("a"), Row({}), false), m_count(count) {}
+  bool IsAlwaysTrue() const override { return ++m_count, false; }
+  bool IsAlwaysFalse() const override { return ++m_count, false; }
+
+ private:
+  int& m_count;
+};
+
+TEST(Folding, AsksEachNodeOnce) {
+  constexpr int kAtoms = 4096;
+  int count = 0;
+  std::vector<RqExprCond*> conds;
+  for (int i = 0; i < kAtoms; ++i) conds.push_back(new CountingAtom(count));
+  bool bAnd = true;
+  for (; conds.size() > 1; bAnd = !bAnd) {
+    std::vector<RqExprCond*> pairs;
+    for (std::size_t i = 0; i < conds.size(); i += 2) {
+      pairs.push_back(
+          Not(bAnd ? Both<RqExprCondAnd>(conds[i], conds[i + 1]) : Both<RqExprCondOr>(conds[i], conds[i + 1])));
+    }
+    conds = pairs;
+  }
+  const Own cond(conds.front());
+  ASSERT_TRUE(bAnd) << "the topmost pair is not (... or ...), which is false as soon as one side is true";
+  EXPECT_FALSE(cond->IsAlwaysFalse());
+  EXPECT_EQ(kAtoms, count);
+  count = 0;
+  EXPECT_FALSE(cond->IsAlwaysTrue());
+  EXPECT_LE(count, kAtoms);
+}
+
+// Folding
+
+enum Fold { kTrue, kFalse, kOpen };
+
+Fold FoldOf(const RqExprCond& cond) {
+  const bool bTrue = cond.IsAlwaysTrue();
+  const bool bFalse = cond.IsAlwaysFalse();
+  EXPECT_FALSE(bTrue && bFalse);
+  return bTrue ? kTrue : bFalse ? kFalse : kOpen;
+}
+
+struct FoldRow {
+  const char* m_name;
+  std::function<RqExprCond*()> m_make;
+  Fold m_fold;
+};
+
+// clang-format off
+#define FOLD(condition, fold) FoldRow{#condition, []() -> RqExprCond* { return condition; }, fold}
+// clang-format on
+
+class FoldTest : public testing::TestWithParam<FoldRow> {};
+
+TEST_P(FoldTest, AloneAndUnderWrappers) {
+  const FoldRow& row = GetParam();
+  SCOPED_TRACE(row.m_name);
+  const Fold opposite = row.m_fold == kTrue ? kFalse : row.m_fold == kFalse ? kTrue : kOpen;
+  EXPECT_EQ(row.m_fold, FoldOf(*Own(row.m_make())));
+  EXPECT_EQ(opposite, FoldOf(RqExprCondNot(row.m_make())));
+  EXPECT_EQ(row.m_fold, FoldOf(RqExprCondAtomicWrapper(row.m_make())));
+  EXPECT_EQ(row.m_fold, FoldOf(RqExprCondOuterJoinFilter(row.m_make(), SqlTableRef::kLeftOuterJoin)));
+}
+
+// clang-format off
+const FoldRow kFoldRows[] = {
+    // Equality
+    FOLD(Eq(Col("a"), Col("a")), kTrue), FOLD(Eq(Col("a"), Col("b")), kOpen), FOLD(Eq(Int(1), Int(1)), kTrue),
+    FOLD(Eq(Int(1), Int(2)), kFalse), FOLD(Eq(Int(1), Flt(1.0)), kOpen), FOLD(Eq(Str(L"a "), Str(L"a")), kTrue),
+    FOLD(Eq(Null(), Null()), kTrue), FOLD(Eq(Null(), Int(1)), kOpen), FOLD(Eq(Var(L"v"), Var(L"v")), kTrue),
+    FOLD(Eq(Var(L"v"), Var(L"w")), kOpen), FOLD(Eq(Param(1), Param(2)), kFalse),
+    FOLD(Eq(Row({Int(1)}), Row({Int(2)})), kFalse), FOLD(Eq(Row({Col("a")}), Row({Int(2)})), kOpen),
+    FOLD(new RqExprCondNotEqual(Int(1), Int(2)), kOpen), FOLD(Less(Int(1), Int(2)), kOpen),
+    FOLD(new RqExprCondGreaterEqual(Int(1), Int(2)), kOpen),
+    // And, Or
+    FOLD(Both<RqExprCondAnd>(True(), True()), kTrue), FOLD(Both<RqExprCondAnd>(True(), Unknown()), kOpen),
+    FOLD(Both<RqExprCondAnd>(False(), Unknown()), kFalse), FOLD(Both<RqExprCondAnd>(Unknown(), False()), kFalse),
+    FOLD(Both<RqExprCondOr>(False(), False()), kFalse), FOLD(Both<RqExprCondOr>(False(), Unknown()), kOpen),
+    FOLD(Both<RqExprCondOr>(True(), Unknown()), kTrue), FOLD(Both<RqExprCondOr>(Unknown(), True()), kTrue),
+    // The sides of a pair with a Not: IsNull sorts behind it, Less before it.
+    FOLD(Both<RqExprCondAnd>(Not(Unknown()), Unknown()), kFalse),
+    FOLD(Both<RqExprCondAnd>(Less(Col("a"), Int(1)), Not(Less(Col("a"), Int(1)))), kFalse),
+    FOLD(Both<RqExprCondAnd>(Not(Not(Unknown())), Not(Unknown())), kFalse),
+    FOLD(Both<RqExprCondOr>(Not(Unknown()), Unknown()), kTrue),
+    FOLD(Both<RqExprCondOr>(Less(Col("a"), Int(1)), Not(Less(Col("a"), Int(1)))), kTrue),
+    FOLD(Both<RqExprCondOr>(Not(Atom('a')), Atom('b')), kOpen),
+    // IsNull
+    FOLD(IsNull(Null()), kTrue), FOLD(IsNull(Int(1)), kFalse), FOLD(IsNull(Col("a")), kOpen),
+    FOLD(new RqExprCondIsNull(Null(), true), kFalse), FOLD(new RqExprCondIsNull(Int(1), true), kTrue),
+    FOLD(new RqExprCondIsNull(Col("a"), true), kOpen),
+    // In
+    FOLD(In(Str(L"a"), List({Str(L"a"), Null()})), kTrue), FOLD(In(Str(L"a"), List({Str(L"a"), Str(L"a")})), kTrue),
+    FOLD(In(Str(L"a"), List({Str(L"a"), Str(L"b")})), kOpen), FOLD(In(Str(L"a"), List({Null()})), kOpen),
+    FOLD(In(Str(L"a"), List({Str(L"b"), Str(L"c")})), kFalse), FOLD(In(Str(L"a"), List({Str(L"b"), Null()})), kOpen),
+    FOLD(In(Str(L"a"), List({Str(L"b"), Int(1)})), kOpen), FOLD(In(Str(L"a"), List({Str(L"b"), Col("c")})), kOpen),
+    FOLD(In(Str(L"a"), List({Str(L"a"), nullptr})), kOpen), FOLD(In(Str(L"a"), List({})), kFalse),
+    FOLD(In(Col("a"), List({})), kOpen), FOLD(In(Col("a"), List({Col("a")})), kOpen),
+    FOLD(In(Null(), List({})), kOpen), FOLD(In(Str(L"a"), List({Str(L"a"), Param(1)})), kOpen),
+    FOLD(In(Param(1), List({Param(1)})), kOpen), FOLD(In(Param(1), List({})), kOpen),
+    FOLD(In(Row({Int(1), Param(1)}), List({})), kOpen), FOLD(In(Var(L"v"), List({Var(L"v")})), kTrue),
+    FOLD(In(Var(L"v"), List({Var(L"w")})), kOpen), FOLD(In(Int(1), Row({Int(1)})), kOpen),
+    FOLD(In(Int(1), List({Int(1)}), true), kOpen), FOLD(In(Int(1), List({}), true), kOpen),
+    // No folding of their own
+    FOLD(new RqExprCondBetween(Int(1), Int(1), Int(1), false), kOpen),
+    FOLD(new RqExprCondLike(Str(L"a"), Str(L"a"), false, nullptr), kOpen),
+    FOLD(new RqExprIsAncestor(Int(1), Int(1), Int(0), false), kOpen), FOLD(new RqExprIsLeaf(Int(1), false), kOpen),
+};
+// clang-format on
+INSTANTIATE_TEST_SUITE_P(Rows, FoldTest, testing::ValuesIn(kFoldRows));
+
+// Order and equivalence
+
+RqExprCond* Predicate(const wchar_t* functionDef, bool bNegated = false) {
+  RqExprVector operands{Col("a")};
+  auto* const pPredicate = new RqExprEvaluatePredicate(operands, bNegated);
+  EXPECT_TRUE(operands.empty());
+  pPredicate->SetFunctionDef(functionDef);
+  return pPredicate;
+}
+
+RqExprCond* Ancestor(bool bLeaf, std::uint32_t lts, bool bNegated) {
+  auto* const pCond =
+      bLeaf ? new RqExprIsAncestor(Col("a"), bNegated) : new RqExprIsAncestor(Col("a"), Int(1), Int(-1), bNegated);
+  pCond->SetLTSVoidID(VoidID(1, lts));
+  return pCond;
+}
+
+RqExprCond* Sibling(bool bIncludeRoot, std::uint32_t lts) {
+  auto* const pCond = new RqExprIsSibling(Col("a"), Col("b"), Col("k"), bIncludeRoot);
+  pCond->SetLTSVoidID(VoidID(1, lts));
+  return pCond;
+}
+
+RqExprCond* NotNull(RqExpr* pExpr) { return new RqExprCondIsNull(pExpr, true); }
+RqExprCond* Between(bool bNegated) { return new RqExprCondBetween(Int(1), Int(1), nullptr, bNegated); }
+RqExprCond* Like(bool bNegated) { return new RqExprCondLike(Col("a"), Str(L"%"), bNegated, nullptr); }
+constexpr auto kInner = SqlTableRef::kInnerJoin;
+constexpr auto kLeft = SqlTableRef::kLeftOuterJoin;
+RqExprCond* Filter(RqExprCond* pInner, SqlTableRef::JoinType joinType) {
+  return new RqExprCondOuterJoinFilter(pInner, joinType);
+}
+
+RqExprCond* GroupBy(RqExprVector exprs) { return new RqExprCondGroupByContent(exprs); }
+RqExprCond* Wrap(RqExprCond* pInner) { return new RqExprCondAtomicWrapper(pInner); }
+
+TEST(Order, ShallowOrderAndEquivalence) {
+  // Relation "<": left is less. "><": each is less than the other. "=": equivalent. "~": neither is less.
+  // clang-format off
+  struct { const char* m_name; RqExprCond* m_pLeft; RqExprCond* m_pRight; const char* m_relation; } const rows[] = {
+      {"equality by flag", Eq(Col("a"), Int(1)), new RqExprCondEquality(Col("a"), Int(1), true), "<"},
+      {"equality, operands alone", Eq(Col("a"), Int(1)), Eq(Col("a"), Int(2)), "~"},
+      {"is null by flag", IsNull(Col("a")), NotNull(Col("a")), "<"},
+      {"between by flag", Between(false), Between(true), "<"},
+      {"like by flag", Like(false), Like(true), "<"},
+      {"in by flag", In(Int(1), List({})), In(Int(1), List({}), true), "<"},
+      {"kind before flag", In(Int(1), List({}), true), new RqExprCondMultiColumnIn(Int(1), List({}), false), "<"},
+      {"is leaf by flag", new RqExprIsLeaf(Col("a"), false), new RqExprIsLeaf(Col("a"), true), "<"},
+      {"ancestor by leaf form first", Ancestor(false, 2, true), Ancestor(true, 1, false), "<"},
+      {"then by table source", Ancestor(true, 1, true), Ancestor(true, 2, false), "<"},
+      {"then by negation", Ancestor(true, 1, false), Ancestor(true, 1, true), "<"},
+      {"ancestor, all equal", Ancestor(true, 1, true), Ancestor(true, 1, true), "="},
+      {"ancestor before root", Ancestor(true, 1, false), new RqExprIsRoot(Col("a")), "<"},
+      {"root before sibling", new RqExprIsRoot(Col("a")), Sibling(false, 1), "<"},
+      {"sibling by root first", Sibling(false, 2), Sibling(true, 1), "<"},
+      {"then as ancestor", Sibling(true, 1), Sibling(true, 2), "<"},
+      {"sibling, all equal", Sibling(true, 1), Sibling(true, 1), "="},
+      {"wrapper by inner flag", Wrap(IsNull(Col("a"))), Wrap(NotNull(Col("a"))), "<"},
+      {"wrapper, inner operands alone", Wrap(Atom('a')), Wrap(Atom('b')), "~"},
+      {"wrapper, equal", Wrap(Atom('a')), Wrap(Atom('a')), "="},
+      {"filter by join type", Filter(Atom('a'), kInner), Filter(Atom('a'), kLeft), "<"},
+      {"filter of a higher type is not greater", Filter(NotNull(Col("a")), kInner), Filter(Atom('a'), kLeft), "><"},
+      {"filter, equal", Filter(Atom('a'), kLeft), Filter(Atom('a'), kLeft), "="},
+      {"predicate without regard to case", Predicate(L"Score(%1)"), Predicate(L"sCORE(%1)"), "="},
+      {"predicate, prefix first", Predicate(L"SCORE"), Predicate(L"score("), "<"},
+      {"predicate, the underscore is below the lower letter", Predicate(L"a_"), Predicate(L"AB"), "<"},
+      {"predicate, negation counts for nothing", Predicate(L"f"), Predicate(L"f", true), "="},
+      {"predicate, kind", Atom('a'), Predicate(L"f"), "<"},
+      {"filter, kind", Wrap(Atom('a')), Filter(Atom('a'), kInner), "<"},
+  };
+  // clang-format on
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.m_name);
+    const Own left(row.m_pLeft);
+    const Own right(row.m_pRight);
+    const std::string relation = row.m_relation;
+    const bool bEquivalent = relation == "=";
+    EXPECT_EQ(relation == "<" || relation == "><", left->IsShallowLessThan(*right));
+    EXPECT_EQ(relation == "><", right->IsShallowLessThan(*left));
+    EXPECT_EQ(bEquivalent, left->IsEquivalent(*right, RqEquivalence()));
+    EXPECT_EQ(bEquivalent, right->IsEquivalent(*left, RqEquivalence()));
+    EXPECT_EQ(bEquivalent,
+              !left->IsLessThan(*right, RqShallowLessThan()) && !right->IsLessThan(*left, RqShallowLessThan()));
+  }
+}
+
+// Every class: copies and payloads
+
+/// What a class writes behind the fields of every node, or, for the one that writes its own first, before them.
+ByteVector Bytes(std::initializer_list<bool> flags, std::optional<VoidID> id = {},
+                 std::initializer_list<bool> more = {}) {
+  ByteVector bytes;
+  for (const bool bFlag : flags) DataBlobUtil::ToByteVector(bytes, bFlag);
+  if (id) id->ToByteVector(bytes);
+  for (const bool bFlag : more) DataBlobUtil::ToByteVector(bytes, bFlag);
+  return bytes;
+}
+
+struct Sample {
+  std::string m_name;
+  std::function<RqExprCond*()> m_make;
+  std::function<RqExprCond*()> m_makeEmpty;
+  ByteVector m_ownBytes;
+  bool m_bAtomic;
+  bool m_bOwnBytesFirst;
+};
+
+template <class Class>
+Sample Of(std::function<RqExprCond*()> make, bool bAtomic, ByteVector ownBytes = {}, bool bOwnBytesFirst = false) {
+  return {std::string(GetRqNodeTypeName(Class::kObjectType)),
+          std::move(make),
+          []() -> RqExprCond* { return new Class(); },
+          std::move(ownBytes),
+          bAtomic,
+          bOwnBytesFirst};
+}
+
+std::vector<Sample> Samples() {
+  ByteVector predicateBytes;
+  DataBlobUtil::ToByteVector(predicateBytes, KXString(L"f(%1)"));
+  DataBlobUtil::ToByteVector(predicateBytes, true);
+  ByteVector joinTypeBytes;
+  DataBlobUtil::ToByteVector(joinTypeBytes, std::int16_t{4});
+  const VoidID lts(1, 5u);
+
+  // clang-format off
+  return {
+      Of<RqExprCondEquality>([] { return new RqExprCondEquality(Col("a"), Int(1), true); }, true, Bytes({true})),
+      Of<RqExprCondNotEqual>([] { return new RqExprCondNotEqual(Col("a"), Int(1)); }, false),
+      Of<RqExprCondLess>([] { return new RqExprCondLess(Col("a"), Int(1)); }, true),
+      Of<RqExprCondLessEqual>([] { return new RqExprCondLessEqual(Col("a"), Int(1)); }, false),
+      Of<RqExprCondGreater>([] { return new RqExprCondGreater(Col("a"), Int(1)); }, false),
+      Of<RqExprCondGreaterEqual>([] { return new RqExprCondGreaterEqual(Col("a"), Int(1)); }, false),
+      Of<RqExprCondAnd>([] { return RqExprCondAnd::Concatenate(Atom('a'), Atom('b')); }, false),
+      Of<RqExprCondOr>([] { return RqExprCondOr::Concatenate(Atom('a'), Atom('b')); }, false),
+      Of<RqExprCondNot>([] { return Not(Atom('a')); }, false),
+      Of<RqExprCondIsNull>([] { return NotNull(Col("a")); }, true, Bytes({true})),
+      Of<RqExprCondBetween>([] { return Between(true); }, false, Bytes({true})),
+      Of<RqExprCondLike>([] { return Like(true); }, false, Bytes({true})),
+      Of<RqExprCondIn>([] { return In(Col("a"), List({Int(1)}), true); }, false, Bytes({true})),
+      Of<RqExprCondMultiColumnIn>([] { return new RqExprCondMultiColumnIn(Row({}), Row({}), true); }, true,
+                                  Bytes({true})),
+      Of<RqExprIsAncestor>([] { return Ancestor(true, 5, false); }, true, Bytes({true, false}, lts)),
+      Of<RqExprIsRoot>([] { return new RqExprIsRoot(Col("a")); }, true, Bytes({true, false}, VoidID::NullID)),
+      Of<RqExprIsSibling>([] { return Sibling(true, 5); }, true, Bytes({false, false}, lts, {true})),
+      Of<RqExprIsLeaf>([] { return new RqExprIsLeaf(Col("a"), true); }, true, Bytes({true})),
+      Of<RqExprEvaluatePredicate>([] { return Predicate(L"f(%1)", true); }, true, predicateBytes, true),
+      Of<RqExprCondAtomicWrapper>([] { return Wrap(Atom('a')); }, true),
+      Of<RqExprCondOuterJoinFilter>([] { return Filter(Atom('a'), SqlTableRef::kFullOuterStitchJoin); }, true,
+                                    joinTypeBytes),
+      Of<RqExprCondGroupByContent>([] { return GroupBy({Col("b"), Col("a")}); }, true),
+  };
+  // clang-format on
+}
+
+class EveryClassTest : public testing::TestWithParam<Sample> {};
+
+TEST_P(EveryClassTest, Copies) {
+  const Own cond(GetParam().m_make());
+  EXPECT_EQ(GetParam().m_bAtomic, cond->IsCanonicalAtomicPredicate());
+  EXPECT_TRUE(cond->IsCond());
+  EXPECT_FALSE(cond->IsValueExpr());
+
+  const OwnedRqExprPtr copy(cond->DeepExprCopy(false));
+  const OwnedRqExprPtr renewed(cond->DeepExprCopy(true));
+  EXPECT_TRUE(copy->IsCopyOf(*cond));
+  EXPECT_FALSE(renewed->IsCopyOf(*cond));
+  for (const OwnedRqExprPtr* const pCopy : {&copy, &renewed}) {
+    EXPECT_TRUE((*pCopy)->IsEquivalent(*cond, RqEquivalence()));
+    EXPECT_EQ(Text(cond), Text(pCopy->Get())) << "heights are copied";
+  }
+
+  const OwnedRqExprPtr shallow(cond->ShallowCopy());
+  EXPECT_FALSE(shallow->IsCopyOf(*cond));
+  EXPECT_EQ(cond->GetObjectType(), shallow->GetObjectType());
+  ASSERT_EQ(cond->GetNumOperands(), shallow->GetNumOperands());
+  ByteVector bytes;
+  ByteVector shallowBytes;
+  cond->ToByteVector(bytes);
+  shallow->ToByteVector(shallowBytes);
+  EXPECT_EQ(bytes, shallowBytes);
+  for (int i = 0; i < shallow->GetNumOperands(); ++i) {
+    EXPECT_EQ(nullptr, shallow->GetIthOperand(i));
+    if (cond->GetIthOperand(i)) shallow->SetIthOperand(i, cond->GetIthOperand(i)->DeepExprCopy(true));
+  }
+  EXPECT_TRUE(shallow->IsEquivalent(*cond, RqEquivalence()));
+}
+
+TEST_P(EveryClassTest, Payload) {
+  const Own cond(GetParam().m_make());
+  const Own empty(GetParam().m_makeEmpty());
+  EXPECT_EQ(0, empty->GetNumOperands());
+
+  ByteVector expected;
+  cond->RqExpr::ToByteVector(expected);
+  expected.insert(GetParam().m_bOwnBytesFirst ? expected.begin() : expected.end(), GetParam().m_ownBytes.begin(),
+                  GetParam().m_ownBytes.end());
+  ByteVector bytes;
+  cond->ToByteVector(bytes);
+  EXPECT_EQ(expected, bytes);
+
+  EXPECT_EQ(bytes.data() + bytes.size(), empty->FromByteVector(bytes.data()));
+  ByteVector again;
+  empty->ToByteVector(again);
+  EXPECT_EQ(bytes, again);
+  for (int i = 0; i < cond->GetNumOperands(); ++i) {
+    empty->AddChild(cond->GetIthOperand(i) ? cond->GetIthOperand(i)->DeepCopy(false) : nullptr);
+  }
+  EXPECT_TRUE(cond->IsEquivalent(*empty, RqEquivalence()));
+  // Heights do not travel.
+  if (cond->IsAndCond() || cond->IsOrCond()) {
+    EXPECT_THAT(Text(empty), testing::EndsWith(")0"));
+  }
+}
+
+TEST_P(EveryClassTest, SaysWhatItIs) {
+  static const std::map<std::string, std::string> kAnswers = {
+      {"RqExprCondAnd", "and "},
+      {"RqExprCondOr", "or "},
+      {"RqExprCondNot", "not "},
+      {"RqExprCondEquality", "equality comparison "},
+      {"RqExprCondNotEqual", "inequality comparison "},
+      {"RqExprCondLess", "comparison "},
+      {"RqExprCondLessEqual", "comparison "},
+      {"RqExprCondGreater", "comparison "},
+      {"RqExprCondGreaterEqual", "comparison "},
+      {"RqExprIsLeaf", "target "},
+      {"RqExprEvaluatePredicate", "target "},
+  };
+  const Own cond(GetParam().m_make());
+  std::string answers;
+  if (cond->IsAndCond()) answers += "and ";
+  if (cond->IsOrCond()) answers += "or ";
+  if (cond->IsNotConnective()) answers += "not ";
+  if (cond->IsEqualityPredicate()) answers += "equality ";
+  if (cond->IsNotEqualityPredicate()) answers += "inequality ";
+  if (cond->IsComparisonPredicate()) answers += "comparison ";
+  if (cond->IsTargetOnlyExpr()) answers += "target ";
+  const auto it = kAnswers.find(GetParam().m_name);
+  EXPECT_EQ(it == kAnswers.end() ? "" : it->second, answers);
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, EveryClassTest, testing::ValuesIn(Samples()),
+                         [](const auto& info) { return info.param.m_name; });
+
+TEST(EvaluatePredicate, FieldsThatDoNotCompareAreCopied) {
+  auto predicate = Own(Predicate(L"f", true));
+  static_cast<RqExprEvaluatePredicate&>(*predicate).SetUserDefinedFuncName(L"score");
+  const OwnedRqExprPtr copy(predicate->DeepExprCopy(true));
+  const auto& copied = static_cast<const RqExprEvaluatePredicate&>(*copy);
+  EXPECT_TRUE(copied.IsNegated());
+  EXPECT_TRUE(copied.IsUserDefinedFunction());
+  EXPECT_FALSE(copied.IsNavigationConstant());
+  EXPECT_FALSE(RqExprEvaluatePredicate().IsUserDefinedFunction());
+  EXPECT_TRUE(RqExprEvaluatePredicate().IsNavigationConstant());
+}
+
+// Sets and trees of conjuncts
+
+TEST(Conjuncts, ContainedInConjunctTree) {
+  const Own tree(Both<RqExprCondAnd>(Both<RqExprCondAnd>(Atom('a'), Both<RqExprCondOr>(Atom('b'), Atom('c'))),
+                                     Not(Both<RqExprCondAnd>(Atom('d'), Atom('e')))));
+  // clang-format off
+  struct { const char* m_name; RqExprCond* m_pCond; bool m_bContained; } const rows[] = {
+      {"conjunct", Atom('a'), true},
+      {"disjunction as a conjunct", Both<RqExprCondOr>(Atom('c'), Atom('b')), true},
+      {"inner conjunction", Both<RqExprCondAnd>(Both<RqExprCondOr>(Atom('b'), Atom('c')), Atom('a')), true},
+      {"the tree itself", static_cast<RqExprCond*>(tree->DeepExprCopy(true)), true},
+      {"disjunct", Atom('b'), false},
+      {"below a not", Atom('d'), false},
+      {"stranger", Atom('x'), false},
+  };
+  // clang-format on
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.m_name);
+    EXPECT_EQ(row.m_bContained, Own(row.m_pCond)->IsContainedInConjunctTree(*tree));
+  }
+}
+
+TEST(Conjuncts, SetBecomesCondition) {
+  OwnedEquivRqExprCondSet set;
+  for (const char letter : {'c', 'a', 'd', 'b', 'a'}) {
+    Own atom(Atom(letter));
+    if (set.insert(atom.Get()).second) atom.Release();
+  }
+  Own cond(Atom('x'));
+  set.moveConjunctSetToCondition(cond);
+  EXPECT_EQ("((a&b)1&(c&d)1)2", Text(cond));
+  EXPECT_TRUE(set.empty());
+  set.moveConjunctSetToCondition(cond);
+  EXPECT_EQ("-", Text(cond));
+}
+
+// Session variables in comparisons
+
+TEST(EqualityOperator, MultiValuedInListExpression) {
+  MemoryGateway gateway;
+  gateway.SetSessionVariable(L"block", L"many", KXStringVector{L"x", L"y"}).SetSessionVariable(L"block", L"one", L"x");
+  constexpr int kNone = -1;
+  // clang-format off
+  struct { const char* m_name; RqExprCondEqualityOperator* m_pCond; bool m_bMany; int m_varOperand; } const rows[] = {
+      {"left", new RqExprCondNotEqual(Var(L"many"), Col("a")), true, 0},
+      {"right", new RqExprCondNotEqual(Col("a"), Var(L"many")), true, 1},
+      {"equality", new RqExprCondEquality(Col("a"), Var(L"many"), false), true, 1},
+      {"one element", new RqExprCondNotEqual(Var(L"many", 0), Col("a")), false, 0},
+      {"one value", new RqExprCondNotEqual(Col("a"), Var(L"one")), false, 1},
+      {"left decides, for", new RqExprCondNotEqual(Var(L"many"), Var(L"one")), true, 0},
+      {"left decides, against", new RqExprCondNotEqual(Var(L"one"), Var(L"many")), false, 0},
+      {"no variable", new RqExprCondNotEqual(Col("a"), Int(1)), false, kNone},
+  };
+  // clang-format on
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.m_name);
+    const Own cond(row.m_pCond);
+    RqExpr* pOther = nullptr;
+    RqExprSessionVar* pVar = nullptr;
+    EXPECT_EQ(row.m_bMany, row.m_pCond->IsMultiValuedInListExpression(&gateway, pOther, pVar));
+    EXPECT_EQ(row.m_varOperand == kNone ? nullptr : cond->GetIthOperand(row.m_varOperand), pVar);
+    EXPECT_EQ(row.m_varOperand == kNone ? nullptr : cond->GetIthOperand(1 - row.m_varOperand), pOther);
+  }
+}
+
+// Expansion of multi-column lists
+
+/// The truth of And, Or, = and <> over numbers, columns having the values given.
+bool Holds(const RqExpr& expr, const std::map<std::string, int>& values) {
+  const RqExpr& left = *expr.GetIthOperand(0);
+  const RqExpr& right = *expr.GetIthOperand(1);
+  const auto number = [&](const RqExpr& operand) {
+    const auto it = values.find(Text(&operand));
+    return it != values.end() ? it->second : std::stoi(Text(&operand));
+  };
+  switch (expr.GetObjectType()) {
+    case kRqExprCondAnd:
+      return Holds(left, values) && Holds(right, values);
+    case kRqExprCondOr:
+      return Holds(left, values) || Holds(right, values);
+    case kRqExprCondEquality:
+      return number(left) == number(right);
+    default:
+      EXPECT_EQ(kRqExprCondNotEqual, expr.GetObjectType());
+      return number(left) != number(right);
+  }
+}
+
+RqExpr* XY() { return Row({Col("x"), Col("y")}); }
+
+TEST(MultiColumnIn, ExpandShapes) {
+  // clang-format off
+  struct { const char* m_name; RqExpr* m_pColumns; RqExpr* m_pRows; bool m_bNot; const char* m_text; } const rows[] = {
+      {"one row", XY(), Row({Row({Int(1), Int(2)})}), false, "(x=1&y=2)1"},
+      {"two rows", XY(), List({Row({Int(1), Int(2)}), List({Int(3), Int(4)})}), false, "((x=1&y=2)1|(x=3&y=4)1)1"},
+      {"one row, negated", XY(), Row({Row({Int(1), Int(2)})}), true, "(x<>1|y<>2)1"},
+      {"two rows, negated", XY(), Row({Row({Int(1), Int(2)}), Row({Int(3), Int(4)})}), true,
+       "((x<>1|y<>2)1&(x<>3|y<>4)1)1"},
+      {"one column", Row({Col("x")}), Row({Row({Int(1)}), Row({Int(2)})}), false, "(x=1|x=2)1"},
+      {"no rows", XY(), Row({}), false, "-"},
+      {"no columns", Row({}), Row({Row({})}), true, "-"},
+      {"search is no list", Col("x"), Row({Row({Int(1)})}), false, "-"},
+      {"values are no list", XY(), Int(1), false, "-"},
+      {"a row is no list", XY(), Row({Row({Int(1), Int(2)}), Int(3)}), false, "-"},
+      {"a row is null", XY(), Row({Row({Int(1), Int(2)}), nullptr}), true, "-"},
+      {"a row is short", XY(), Row({Row({Int(1)})}), false, "-"},
+      {"a value is null", XY(), Row({Row({Int(1), nullptr})}), false, "-"},
+  };
+  // clang-format on
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.m_name);
+    const RqExprCondMultiColumnIn in(row.m_pColumns, row.m_pRows, row.m_bNot);
+    EXPECT_EQ(row.m_text, Text(Own(in.Expand())));
+  }
+}
+
+TEST(MultiColumnIn, ExpandKeepsTheMeaning) {
+  const std::vector<std::pair<int, int>> pairs = {{0, 1}, {2, 2}, {1, 0}, {0, 1}};
+  for (const bool bNegated : {false, true}) {
+    SCOPED_TRACE(bNegated);
+    std::vector<RqExpr*> rows;
+    for (const auto& [x, y] : pairs) rows.push_back(Row({Int(x), Int(y)}));
+    const RqExprCondMultiColumnIn in(XY(), Row(rows), bNegated);
+    const Own expanded(in.Expand());
+    for (int x = 0; x < 3; ++x) {
+      for (int y = 0; y < 3; ++y) {
+        const bool bIn = std::count(pairs.begin(), pairs.end(), std::pair(x, y)) > 0;
+        EXPECT_EQ(bIn != bNegated, Holds(*expanded, {{"x", x}, {"y", y}})) << x << " " << y;
+      }
+    }
+  }
+}
+
+// Hierarchies and wrappers
+
+TEST(IsAncestor, Accessors) {
+  const RqExprIsAncestor attributes(Attr(1), Int(5), Int(-2), false);
+  EXPECT_EQ(attributes.GetIthOperand(0), attributes.GetAttributeArgument());
+  EXPECT_EQ(attributes.GetIthOperand(1), attributes.GetLiteralColumn());
+  EXPECT_EQ(-2, attributes.GetDistanceValue());
+  EXPECT_FALSE(attributes.IsDescendant());
+  EXPECT_FALSE(attributes.IsTypeOfIsLeaf());
+
+  const RqExprIsAncestor columns(Int(5), Col("a"), Int(2), false);
+  EXPECT_EQ(columns.GetIthOperand(1), columns.GetTargetColumn());
+  EXPECT_EQ(columns.GetIthOperand(0), columns.GetLiteralColumn());
+  EXPECT_TRUE(columns.IsDescendant());
+  EXPECT_TRUE(RqExprIsAncestor(Int(5), Attr(1), Int(2), false).IsDescendant());
+
+  // clang-format off
+  struct { const char* m_name; RqExprIsAncestor* m_pCond; bool m_bLeaf, m_bRoot, m_bSibling; } const rows[] = {
+      {"leaf form", new RqExprIsAncestor(Col("a"), false), true, false, false},
+      {"root", new RqExprIsRoot(Col("a")), false, true, false},
+      {"sibling", new RqExprIsSibling(Col("a"), Col("b"), Col("k"), false), false, false, true},
+  };
+  // clang-format on
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.m_name);
+    const Own cond(row.m_pCond);
+    EXPECT_FALSE(row.m_pCond->IsDescendant());
+    EXPECT_EQ(row.m_bLeaf, row.m_pCond->IsTypeOfIsLeaf());
+    EXPECT_EQ(row.m_bRoot, row.m_pCond->IsIsRoot());
+    EXPECT_EQ(row.m_bSibling, row.m_pCond->IsIsSibling());
+  }
+}
+
+TEST(IsLeaf, ProcessedExpressionComesAndGoes) {
+  // The components are parts of the operand that makes way for them.
+  auto* const pLevel = Row({Attr(1), Attr(2)});
+  auto* const pLeaf = new RqExprIsLeaf(pLevel, true);
+  Own root(Not(pLeaf));
+  pLeaf->SetQueryLevelExpr({pLevel->GetIthOperand(0), pLevel->GetIthOperand(1)});
+  EXPECT_EQ("!RqExprIsLeaf(@1,@2)", Text(root));
+
+  const std::string processed = "(@3=1&(@5=1&@5=2)0)0";
+  const auto setProcessed = [&] {
+    Own expr(Both<RqExprCondAnd>(Both<RqExprCondAnd>(Eq(Attr(5), Int(2)), Eq(Int(1), Attr(5))), Eq(Int(1), Attr(3))));
+    pLeaf->SetProcessedExpr(expr);
+    EXPECT_EQ(nullptr, expr.Get());
+    EXPECT_EQ(processed, Text(pLeaf->GetProcessedExpr()));
+  };
+  setProcessed();
+  EXPECT_EQ("!RqExprIsLeaf(@1,@2,@3,@5)", Text(root));
+
+  const OwnedRqExprPtr copies[] = {OwnedRqExprPtr(pLeaf->DeepExprCopy(true)), OwnedRqExprPtr(pLeaf->ShallowCopy())};
+  for (const OwnedRqExprPtr& copy : copies) {
+    const auto& leaf = static_cast<const RqExprIsLeaf&>(*copy);
+    EXPECT_NE(pLeaf->GetProcessedExpr(), leaf.GetProcessedExpr());
+    EXPECT_EQ(processed, Text(leaf.GetProcessedExpr()));
+  }
+
+  ByteVector bytes;
+  pLeaf->ToByteVector(bytes);
+  RqExprIsLeaf read;
+  EXPECT_EQ(bytes.data() + bytes.size(), read.FromByteVector(bytes.data()));
+  EXPECT_EQ(nullptr, read.GetProcessedExpr());
+
+  pLeaf->RemoveProcessedExpr();
+  EXPECT_EQ("!RqExprIsLeaf(@1,@2)", Text(root));
+  EXPECT_EQ(nullptr, pLeaf->GetProcessedExpr());
+  setProcessed();
+  const RqExprCond* const pProcessed = pLeaf->GetProcessedExpr();
+  EXPECT_EQ(pProcessed, pLeaf->ReplaceWithProcessedExpr());
+  EXPECT_EQ("!" + processed, Text(root));
+}
+
+TEST(Replacing, WrapperGivesWayToItsCondition) {
+  auto* const pWrapper = new RqExprCondAtomicWrapper(Atom('a'));
+  const Own root(Not(pWrapper));
+  const RqExprCond* const pInner = pWrapper->GetInnerCond();
+  EXPECT_EQ(pInner, pWrapper->ReplaceWithInnerCond());
+  EXPECT_EQ("!a", Text(root));
+  EXPECT_EQ(root.Get(), pInner->GetParent());
+
+  // A root leaves its condition to the caller.
+  const Own inner((new RqExprCondAtomicWrapper(Atom('b')))->ReplaceWithInnerCond());
+  EXPECT_EQ("b", Text(inner));
+  EXPECT_EQ(nullptr, inner->GetParent());
+  auto* const pLeaf = new RqExprIsLeaf(Attr(1), false);
+  Own processed(Atom('c'));
+  pLeaf->SetProcessedExpr(processed);
+  EXPECT_EQ("c", Text(Own(pLeaf->ReplaceWithProcessedExpr())));
+}
+
+TEST(GroupByContent, LendsItsExpressionsInTheOrderGiven) {
+  RqExprVector exprs{Col("b"), Col("a"), Col("b")};
+  const RqExprVector given = exprs;
+  RqExprCondGroupByContent cond(exprs);
+  EXPECT_TRUE(exprs.empty());
+  RqExprVector lent(5, nullptr);
+  cond.GetGroupByExprs(lent);
+  EXPECT_EQ(given, lent);
+}
+
+// Mistakes of callers
+
+// clang-format off
+TEST(ConditionDeathTest, Assertions) {
+  RqExprCond* const pNoCond = nullptr;
+  RqExpr* const pNone = nullptr;
+  struct { const char* m_text; std::function<void()> m_mistake; } const rows[] = {
+      {"pLeftOperand", [=] { new RqExprCondEquality(pNone, Int(1), false); }},
+      {"pRightOperand", [=] { new RqExprCondEquality(Int(1), pNone, false); }},
+      {"pLeftOperand", [=] { new RqExprCondLess(pNone, Int(1)); }},
+      {"pRightOperand", [=] { new RqExprCondNotEqual(Int(1), pNone); }},
+      {"pLeftOperand", [=] { new RqExprCondAnd(pNoCond, Atom('a')); }},
+      {"pRightOperand", [=] { new RqExprCondOr(Atom('a'), pNoCond); }},
+      {"pOperand", [=] { new RqExprCondNot(pNoCond); }},
+      {"pExpr", [=] { new RqExprCondIsNull(pNone, false); }},
+      {"pExpr", [=] { new RqExprCondBetween(pNone, Int(1), Int(1), false); }},
+      {"pExpr", [=] { new RqExprCondLike(pNone, Int(1), false, nullptr); }},
+      {"pSearchExpr", [=] { new RqExprCondIn(pNone, Int(1), false); }},
+      {"pInClause", [=] { new RqExprCondMultiColumnIn(Int(1), pNone, false); }},
+      {"pFirstArg", [=] { new RqExprIsRoot(pNone); }},
+      {"pSecArg", [=] { new RqExprIsAncestor(Int(1), pNone, Int(1), false); }},
+      {"pDistance", [=] { new RqExprIsAncestor(Int(1), Int(1), pNone, false); }},
+      {"pParentKey", [=] { new RqExprIsSibling(Int(1), Int(1), pNone, false); }},
+      {"pExpr", [=] { new RqExprIsLeaf(pNone, false); }},
+      {"pExpr", [=] { new RqExprCondAtomicWrapper(pNone); }},
+      {"pExpr->IsCond()", [=] { new RqExprCondAtomicWrapper(Int(1)); }},
+      {"pExpr", [=] { new RqExprCondOuterJoinFilter(pNone, kInner); }},
+      {"pExpr->IsCond()", [=] { new RqExprCondOuterJoinFilter(Int(1), kInner); }},
+      {"GetIthOperand(kOperand) && GetIthOperand(kOperand)->IsCond()",
+       [] { static_cast<RqExprCondAtomicWrapper*>(Wrap(Atom('a'))->ShallowCopy())->GetInnerCond(); }},
+      {"GetIthOperand(kOperand) && GetIthOperand(kOperand)->IsCond()",
+       [] { static_cast<RqExprCondOuterJoinFilter*>(Filter(Atom('a'), kInner)->ShallowCopy())->GetInnerCond(); }},
+      {"pSecArg->IsAttribute()", [] { RqExprIsAncestor(Int(1), false).GetAttributeArgument(); }},
+      {"pSecArg->IsTargetColumn()", [] { RqExprIsAncestor(Int(1), false).GetTargetColumn(); }},
+      {"pSecArg->IsConstant()", [] { RqExprIsAncestor(Col("a"), Col("b"), Int(1), false).GetLiteralColumn(); }},
+      {"pSecArg", [] { static_cast<RqExprIsAncestor*>(Ancestor(true, 1, true)->ShallowCopy())->IsDescendant(); }},
+      {"parentKey", [] { static_cast<RqExprIsSibling*>(Sibling(true, 1)->ShallowCopy())->GetParentKeyColumn(); }},
+      {"GetNumOperands() == kNumOperands", [] { RqExprIsLeaf().SetQueryLevelExpr({Int(1)}); }},
+      {"keyComponents.size() >0", [] { RqExprIsLeaf(Int(1), false).SetQueryLevelExpr({}); }},
+      {"processedExpr.Get()", [] { Own none; RqExprIsLeaf(Int(1), false).SetProcessedExpr(none); }},
+      {"maxExpr.Get()", [] { RqExprIsLeaf(Int(1), false).ReplaceWithProcessedExpr(); }},
+  };
+  // clang-format on
+  for (const auto& row : rows) {
+    EXPECT_DEATH(row.m_mistake(), HasSubstr(std::string("assertion failed: ") + row.m_text + "\n"));
+  }
+}
+
+}  // namespace
