@@ -1,0 +1,23 @@
+// The size of every node class that stands.
+
+#include <cstdio>
+
+#include "Query/Optimizer/Request/Blocks/SQORRqAbstractTable.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCondHierarchy.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCondSpecial.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqColumn.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprColumnList.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprDimension.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprLiteral.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprParam.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprSessionVar.h"
+#include "Query/Optimizer/Request/Node/SQORRqHandleNode.h"
+
+void PrintNodeSizes() {
+  std::printf("\n| Class | bytes |\n|---|---|\n");
+#define SIZE_Stands(Class)   std::printf("| %s | %zu |\n", #Class, sizeof(Class));
+#define SIZE_Declared(Class)
+#define RQ_NODE_KIND(value, Class, state, interface, VisitedAs, made) SIZE_##state(Class)
+#include "Query/Optimizer/Request/Node/SQORRqNodeTypes.def"
+}

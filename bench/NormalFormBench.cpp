@@ -1,0 +1,186 @@
+// Normal forms of a corpus of filters, beside the least that multiplying them out can cost, and beside Z3.
+
+#include <benchmark/benchmark.h>
+#include <z3++.h>
+
+#include <algorithm>
+#include <bit>
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "Corpus.h"
+#include "Query/Optimizer/Request/Conditions/SQORToCNF.h"
+#include "Ratio.h"
+
+namespace {
+
+using Clauses = std::vector<std::uint64_t>;
+
+/// Adds a clause unless one that stands is a subset of it; removes those it is a subset of.
+void AddAbsorbing(Clauses& clauses, std::uint64_t clause) {
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < clauses.size(); ++i) {
+    if ((clauses[i] & clause) == clauses[i]) return;
+    if ((clauses[i] & clause) != clause) clauses[kept++] = clauses[i];
+  }
+  clauses.resize(kept);
+  clauses.push_back(clause);
+}
+
+/// The floor: conjunctive clauses over 64-bit masks, multiplied out with absorption, and no expression anywhere.
+void MultiplyOut(const MaskTree& tree, Clauses& clauses) {
+  clauses.clear();
+  if (tree.kind == MaskTree::Kind::kAtom) {
+    clauses.push_back(std::uint64_t{1} << tree.bit);
+    return;
+  }
+  Clauses child;
+  Clauses product;
+  bool bFirst = true;
+  for (const MaskTree& term : tree.children) {
+    if (bFirst) {
+      MultiplyOut(term, clauses);
+      bFirst = false;
+      continue;
+    }
+    MultiplyOut(term, child);
+    if (tree.kind == MaskTree::Kind::kAnd) {
+      for (const std::uint64_t clause : child) AddAbsorbing(clauses, clause);
+      continue;
+    }
+    product.clear();
+    for (const std::uint64_t left : clauses) {
+      for (const std::uint64_t right : child) AddAbsorbing(product, left | right);
+    }
+    clauses.swap(product);
+  }
+}
+
+OwnedRqExprCondPtr ToNormalForm(const RqExprCond& condition) {
+  ToCNF toCNF;
+  return OwnedRqExprCondPtr(toCNF(condition));
+}
+
+/// Times work(entry) over the corpus. The items are conditions; the counter median_ns is the median over the conditions of
+/// the time of each, taken in a pass of its own.
+template <class Work>
+void TimeCorpus(benchmark::State& state, Work work) {
+  const std::vector<CorpusEntry>& corpus = Corpus();
+  for (auto _ : state) {
+    for (std::size_t i = 0; i < corpus.size(); ++i) work(i, corpus[i]);
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(corpus.size()));
+
+  constexpr int kRounds = 50;
+  std::vector<double> times;
+  for (std::size_t i = 0; i < corpus.size(); ++i) {
+    work(i, corpus[i]);
+    const auto start = std::chrono::steady_clock::now();
+    for (int round = 0; round < kRounds; ++round) work(i, corpus[i]);
+    const std::chrono::duration<double, std::nano> time = std::chrono::steady_clock::now() - start;
+    times.push_back(time.count() / kRounds);
+  }
+  std::nth_element(times.begin(), times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2), times.end());
+  state.counters["median_ns"] = times[times.size() / 2];
+}
+
+void BM_GenerateCNF(benchmark::State& state) {
+  TimeCorpus(state, [](std::size_t, const CorpusEntry& entry) {
+    const OwnedRqExprCondPtr normal = ToNormalForm(*entry.condition);
+    benchmark::DoNotOptimize(normal.Get());
+  });
+}
+
+void BM_CNFConjuncts(benchmark::State& state) {
+  TimeCorpus(state, [](std::size_t, const CorpusEntry& entry) {
+    ToCNFConjuncts conjuncts;
+    conjuncts.GenerateOwnedCNFConjuncts(*entry.condition, true);
+    benchmark::DoNotOptimize(&conjuncts);
+  });
+}
+
+void BM_DNFDisjuncts(benchmark::State& state) {
+  TimeCorpus(state, [](std::size_t, const CorpusEntry& entry) {
+    ToDNFDisjuncts disjuncts;
+    disjuncts.GenerateOwnedDNFDisjuncts(*entry.condition, true);
+    benchmark::DoNotOptimize(&disjuncts);
+  });
+}
+
+void BM_Masks(benchmark::State& state) {
+  Clauses clauses;
+  TimeCorpus(state, [&clauses](std::size_t, const CorpusEntry& entry) {
+    MultiplyOut(entry.masks, clauses);
+    benchmark::DoNotOptimize(clauses.data());
+  });
+}
+
+void BM_CopyInput(benchmark::State& state) {
+  TimeCorpus(state, [](std::size_t, const CorpusEntry& entry) {
+    const Heap<RqNode> copy(entry.condition->DeepCopy(false));
+    benchmark::DoNotOptimize(copy.Get());
+  });
+}
+
+void BM_CopyOutput(benchmark::State& state) {
+  static const std::vector<OwnedRqExprCondPtr> outputs = [] {
+    std::vector<OwnedRqExprCondPtr> normalForms;
+    for (const CorpusEntry& entry : Corpus()) normalForms.push_back(ToNormalForm(*entry.condition));
+    return normalForms;
+  }();
+  TimeCorpus(state, [](std::size_t i, const CorpusEntry&) {
+    if (!outputs[i]) return;
+    const Heap<RqNode> copy(outputs[i]->DeepCopy(false));
+    benchmark::DoNotOptimize(copy.Get());
+  });
+}
+
+z3::expr ToZ3(z3::context& context, const MaskTree& tree) {
+  if (tree.kind == MaskTree::Kind::kAtom) return context.bool_const(("p" + std::to_string(tree.bit)).c_str());
+  z3::expr_vector terms(context);
+  for (const MaskTree& term : tree.children) terms.push_back(ToZ3(context, term));
+  return tree.kind == MaskTree::Kind::kAnd ? z3::mk_and(terms) : z3::mk_or(terms);
+}
+
+/// The tactic of Z3 that comes nearest: clauses by distribution where that stays small, by new names where it does not.
+/// The formulas are made beforehand; making the goal and applying the tactic is what is timed.
+void BM_Z3(benchmark::State& state) {
+  z3::context context;
+  const z3::tactic tactic(context, "tseitin-cnf");
+  std::vector<z3::expr> formulas;
+  for (const CorpusEntry& entry : Corpus()) formulas.push_back(ToZ3(context, entry.masks));
+  for (auto _ : state) {
+    for (const z3::expr& formula : formulas) {
+      z3::goal goal(context);
+      goal.add(formula);
+      const z3::apply_result result = tactic(goal);
+      benchmark::DoNotOptimize(result.size());
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(formulas.size()));
+}
+
+BENCHMARK(BM_GenerateCNF)->Name("generate_cnf");
+BENCHMARK(BM_CNFConjuncts)->Name("cnf_conjuncts");
+BENCHMARK(BM_DNFDisjuncts)->Name("dnf_disjuncts");
+BENCHMARK(BM_Masks)->Name("masks");
+BENCHMARK(BM_CopyInput)->Name("copy_input");
+BENCHMARK(BM_CopyOutput)->Name("copy_output");
+BENCHMARK(BM_Z3)->Name("z3_tseitin_cnf");
+
+[[maybe_unused]] const bool g_ratios = [] {
+  AddRatio({"CNF of a filter, median, to masks + 2 copies in + 1 copy out", "generate_cnf:median_ns",
+            {{1, "masks:median_ns"}, {2, "copy_input:median_ns"}, {1, "copy_output:median_ns"}}, 2.0});
+  AddRatio({"CNF of a filter, mean, to masks + 2 copies in + 1 copy out", "generate_cnf",
+            {{1, "masks"}, {2, "copy_input"}, {1, "copy_output"}}, 2.0});
+  AddRatio({"CNF conjuncts of a filter, mean, to the same sum", "cnf_conjuncts",
+            {{1, "masks"}, {2, "copy_input"}, {1, "copy_output"}}});
+  AddRatio({"DNF disjuncts of a filter, mean, to the same sum", "dnf_disjuncts",
+            {{1, "masks"}, {2, "copy_input"}, {1, "copy_output"}}});
+  AddRatio({"the mask program alone, median", "masks:median_ns", {{1, "copy_input:median_ns"}}});
+  AddRatio({"CNF of a filter, mean, to Z3's tseitin-cnf", "generate_cnf", {{1, "z3_tseitin_cnf"}}, 1.0 / 3});
+  return true;
+}();
+
+}  // namespace

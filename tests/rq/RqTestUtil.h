@@ -1,0 +1,23 @@
+#pragma once
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "rq/CommandLine.h"
+
+/// What a command line leaves behind.
+struct RqRun {
+  int m_status;
+  std::string m_out;
+  std::string m_err;
+};
+
+inline RqRun RunRq(const std::vector<std::string>& arguments, const std::string& input = {}) {
+  std::istringstream in(input);
+  std::ostringstream out;
+  std::ostringstream err;
+  CommandStreams streams{in, out, err};
+  const int status = RunCommandLine(arguments, streams);
+  return {status, out.str(), err.str()};
+}

@@ -1,0 +1,209 @@
+#include "rq/CommandNormalize.h"
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <climits>
+#include <fstream>
+#include <new>
+#include <system_error>
+#include <utility>
+
+#include "Host/ErrorMessage.h"
+#include "rq/CommandLine.h"
+#include "rq/io/BlockWriter.h"
+#include "rq/io/LineReader.h"
+#include "rq/io/Progress.h"
+#include "rq/sql/ConditionBuilder.h"
+#include "rq/sql/SqlText.h"
+
+namespace {
+
+constexpr const char* kStandardInput = "-";
+
+constexpr const char* kFooter =
+    R"help(Conditions come as arguments, one each, or one a line from a file or the
+standard input; blank lines and lines that begin with -- are passed over.
+Write -- before a condition that begins with a dash.
+
+The exit status is 0, or 2 if there was an error: in an argument (nothing is
+written then), on a line (the others are), or in the use of the command.
+
+The environment bounds what is tried: TELMA_CNF_COMPLEXITY_LIMIT (512) and
+TELM_CNF_UNIQUE_CONDITION_LIMIT (16) for cnf and cnf-conjuncts,
+TELMA_DNF_COMPLEXITY_LIMIT (1024) for dnf.
+
+Examples:
+  rq normalize "NOT (status IN ('open', 'held') OR amount < 10)"
+  rq normalize --form dnf --format json --file conditions.sql)help";
+
+std::string PlaceText(SqlPlace place) {
+  return "line " + std::to_string(place.m_line) + ", column " + std::to_string(place.m_column);
+}
+
+/// The message and, under the line it is about, the caret.
+std::string MessageText(const std::string& where, const SqlError& error, SqlPlace place, std::string_view text) {
+  return "rq: " + where + PlaceText(place) + ": " + error.what() + '\n' + CaretText(text, error.GetOffset());
+}
+
+bool IsPassedOver(std::string_view line) {
+  const std::size_t first = line.find_first_not_of(" \t\f\v");
+  return first == std::string_view::npos || line.substr(first).starts_with("--");
+}
+
+/// Reads conditions line by line and writes what becomes of them.
+class ConditionStream {
+ public:
+  ConditionStream(std::istream& in, const std::string& name, const NormalizeOptions& options, CommandStreams& streams)
+      : m_reader(in, kMaxSqlBytes + 1),
+        m_name(name),
+        m_options(options),
+        m_writer(streams.m_out),
+        m_err(streams.m_err),
+        // The results themselves show how far it has come, where they go to the same terminal.
+        m_progress(streams.m_err, streams.m_bErrIsTerminal && !streams.m_bOutIsTerminal) {}
+
+  /// Whether no line had an error.
+  bool Run() {
+    while (ReadLine()) {
+      if (IsPassedOver(m_reader.GetLine())) continue;
+      const bool bGood = TakeLine();
+      m_bAllGood &= bGood;
+      m_progress.Advance(!bGood);
+    }
+    m_writer.Flush();
+    return m_bAllGood;
+  }
+
+ private:
+  bool ReadLine() {
+    // Whoever writes the lines may wait for the results of those that came.
+    if (m_reader.MayWait()) m_writer.Flush();
+    try {
+      return m_reader.Next();
+    } catch (const std::ios_base::failure& error) {
+      m_writer.Flush();
+      throw std::system_error(error.code(), "cannot read " + m_name);
+    }
+  }
+
+  bool TakeLine() {
+    try {
+      const OwnedRqExprCondPtr condition = ParseCondition(m_reader.GetLine());
+      const std::string text = NormalFormText(*condition, m_options);
+      if (m_bNeedsSeparator) m_writer.Append("\n");
+      m_bNeedsSeparator = m_options.m_format == NormalizeOptions::Format::kText;
+      m_writer.Append(text);
+      return true;
+    } catch (const SqlError& error) {
+      TakeError(error);
+    } catch (const ErrorMessage& error) {
+      TakeError(SqlError(0, error.GetText().ToUTF8()));
+    } catch (const std::bad_alloc&) {
+      TakeError(SqlError(0, "there is not enough memory for this condition"));
+    }
+    return false;
+  }
+
+  void TakeError(const SqlError& error) {
+    const std::string& line = m_reader.GetLine();
+    const SqlPlace place{m_reader.GetLineNumber(), PlaceOf(line, error.GetOffset()).m_column};
+    if (m_options.m_format == NormalizeOptions::Format::kJson) {
+      m_writer.Append(ErrorObject(error.what(), place.m_line, place.m_column));
+    } else {
+      m_progress.Clear();
+      m_err << MessageText(m_name + ", ", error, place, line);
+    }
+  }
+
+  LineReader m_reader;
+  const std::string& m_name;
+  const NormalizeOptions& m_options;
+  BlockWriter m_writer;
+  std::ostream& m_err;
+  Progress m_progress;
+  bool m_bNeedsSeparator = false;
+  bool m_bAllGood = true;
+};
+
+}  // namespace
+
+void CommandNormalize::Define(CLI::App& app) {
+  app.add_option("CONDITION", m_conditions, "Conditions; - alone stands for the standard input")->type_name("");
+  app.add_option("--file", m_file, "Read the conditions from a file")->type_name("FILE");
+  app.add_option("--form", m_form,
+                 "cnf: the conjunctive form; cnf-conjuncts: its conjuncts, each by itself; dnf: the disjuncts")
+      ->check(CLI::IsMember({"cnf", "cnf-conjuncts", "dnf"}))
+      ->type_name("FORM")
+      ->capture_default_str();
+  app.add_option("--format", m_format, "text: to read; json: an object a line")
+      ->check(CLI::IsMember({"text", "json"}))
+      ->type_name("FORMAT")
+      ->capture_default_str();
+  app.add_flag("--keep-in", m_options.m_bKeepIn, "Leave an IN over a list as one atom");
+  app.add_flag("--force", m_options.m_bForce, "Convert whatever it may cost (cnf, dnf)");
+  app.add_option("--limit", m_options.m_limit,
+                 "Estimated clauses above which no conversion is tried; 0: no limit, -1: the environment's (cnf, dnf)")
+      ->check(CLI::Range(-1, INT_MAX).description(""))
+      ->type_name("N")
+      ->capture_default_str();
+  app.footer(kFooter);
+}
+
+int CommandNormalize::Run(CommandStreams& streams) {
+  ReadOptions(streams);
+  const bool bIsDash = m_conditions.size() == 1 && m_conditions[0] == kStandardInput;
+  const bool bHasArguments = !m_conditions.empty() && !bIsDash;
+  if (!m_conditions.empty() && !m_file.empty()) throw UsageError("conditions and --file do not go together");
+  if (bHasArguments) return RunArguments(streams);
+  if (!m_file.empty() && m_file != kStandardInput) return RunFile(streams);
+  if (!bIsDash && m_file.empty() && streams.m_bInIsTerminal) {
+    throw UsageError("nothing to normalize: give conditions, --file FILE, or - for the standard input");
+  }
+  return RunStream(streams.m_in, "standard input", streams);
+}
+
+void CommandNormalize::ReadOptions(CommandStreams& streams) {
+  using Form = NormalizeOptions::Form;
+  m_options.m_form = m_form == "cnf" ? Form::kCnf : m_form == "dnf" ? Form::kDnf : Form::kCnfConjuncts;
+  m_options.m_format = m_format == "json" ? NormalizeOptions::Format::kJson : NormalizeOptions::Format::kText;
+  if (m_options.m_form == Form::kCnfConjuncts && (m_options.m_bForce || m_options.m_limit >= 0)) {
+    streams.m_err << "rq: note: --force and --limit have no effect on cnf-conjuncts\n";
+  }
+}
+
+int CommandNormalize::RunArguments(CommandStreams& streams) const {
+  OwnedRqExprCondVector conditions;
+  bool bAllGood = true;
+  for (std::size_t i = 0; i < m_conditions.size(); ++i) {
+    const std::string& text = m_conditions[i];
+    try {
+      conditions.push_back(ParseCondition(text));
+    } catch (const SqlError& error) {
+      bAllGood = false;
+      const std::string where = m_conditions.size() > 1 ? "condition " + std::to_string(i + 1) + ", " : "";
+      streams.m_err << MessageText(where, error, PlaceOf(text, error.GetOffset()), text);
+    }
+  }
+  if (!bAllGood) return kExitError;
+
+  const char* const pSeparator = m_options.m_format == NormalizeOptions::Format::kText ? "\n" : "";
+  std::string output;
+  for (const OwnedRqExprCondPtr& condition : conditions) {
+    if (!output.empty()) output += pSeparator;
+    output += NormalFormText(*condition, m_options);
+  }
+  BlockWriter writer(streams.m_out);
+  writer.Append(output);
+  writer.Flush();
+  return kExitSuccess;
+}
+
+int CommandNormalize::RunFile(CommandStreams& streams) const {
+  std::ifstream file(m_file, std::ios::binary);
+  if (!file) throw std::system_error(errno, std::generic_category(), "cannot read " + m_file);
+  return RunStream(file, m_file, streams);
+}
+
+int CommandNormalize::RunStream(std::istream& in, const std::string& name, CommandStreams& streams) const {
+  return ConditionStream(in, name, m_options, streams).Run() ? kExitSuccess : kExitError;
+}

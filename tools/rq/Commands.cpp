@@ -1,0 +1,8 @@
+#include "rq/Command.h"
+#include "rq/CommandNormalize.h"
+
+std::vector<std::unique_ptr<Command>> MakeCommands() {
+  std::vector<std::unique_ptr<Command>> commands;
+  commands.push_back(std::make_unique<CommandNormalize>());
+  return commands;
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
+
+/// How conditions are normalized and shown.
+struct NormalizeOptions {
+  enum class Form {
+    kCnf,           ///< ToCNF: one condition and its conjuncts.
+    kCnfConjuncts,  ///< ToCNFConjuncts: conjuncts that stand alone, with their atoms sorted.
+    kDnf,           ///< ToDNFDisjuncts: the same for disjuncts.
+  };
+  enum class Format { kText, kJson };
+
+  Form m_form = Form::kCnf;
+  Format m_format = Format::kText;
+  bool m_bKeepIn = false;  ///< An IN over a list stays one atom.
+  bool m_bForce = false;   ///< A conversion is tried whatever it may cost.
+  int m_limit = -1;        ///< Of the estimated clauses; negative: the environment's, 0: none.
+};
+
+/// The normal form of a condition as text that ends with a line feed: an object of JSON on one line, or lines to read.
+///
+/// The condition is taken to pieces where that is needed: an IN over rows below a negated AND or OR is expanded,
+/// because the library has no negation of it. Raises ErrorMessage when the stack runs low.
+std::string NormalFormText(RqExprCond& condition, const NormalizeOptions& options);
+
+/// The object of JSON for a condition that has an error, as a line.
+std::string ErrorObject(const std::string& message, std::size_t line, std::size_t column);

@@ -1,0 +1,145 @@
+#include "rq/sql/SqlParser.h"
+
+#include <pg_query.h>
+
+#include <algorithm>
+#include <optional>
+#include <string>
+
+#include "rq/sql/SqlLexer.h"
+#include "rq/sql/SqlNesting.h"
+#include "rq/sql/SqlText.h"
+
+namespace {
+
+// The grammar has no entry for an expression alone. Where WHEN stands before a text and THEN behind it, nothing but one
+// expression can be: no alias, no second statement, no trailing clause; and whatever breaks out of the place changes
+// the frame, which is looked at. The line feeds keep a comment at the text's end from eating the frame.
+constexpr std::string_view kFrameBegin = "SELECT ALL CASE WHEN\n";
+constexpr std::string_view kFrameEnd = "\nTHEN 0 END";
+constexpr std::size_t kFrameConstant = kFrameEnd.find('0');
+
+/// What stands behind this bracket is taken apart like a framed text, and where it ends is the end of the input.
+constexpr std::string_view kOpenBegin = "SELECT ALL (\n";
+
+/// Makes a statement of a constant.
+constexpr std::string_view kConstantBegin = "SELECT ";
+
+constexpr std::size_t kMaxQuotedCharacters = 40;
+constexpr std::string_view kNearPhrase = " at or near \"";
+constexpr std::string_view kParserDepthExceeded = "memory exhausted";
+
+/// An error of the parser, with its place in the text given to it if the parser told it.
+struct ParserError {
+  std::string m_message;
+  std::optional<std::size_t> m_offset;
+};
+
+/// The bytes of a number of characters.
+std::size_t OffsetOfCharacter(std::string_view text, std::size_t nCharacters) {
+  std::size_t offset = 0;
+  for (; offset < text.size(); ++offset) {
+    const bool bStartsCharacter = (static_cast<unsigned char>(text[offset]) & 0xC0) != 0x80;
+    if (bStartsCharacter && nCharacters-- == 0) break;
+  }
+  return offset;
+}
+
+/// Owns what the parser gave.
+class ParseResult {
+ public:
+  explicit ParseResult(const std::string& statement) : m_result(pg_query_parse(statement.c_str())) {
+    if (m_result.error == nullptr) return;
+    m_error.emplace();
+    if (m_result.error->message) m_error->m_message = m_result.error->message;
+    if (const int position = m_result.error->cursorpos; position > 0) {
+      m_error->m_offset = OffsetOfCharacter(statement, static_cast<std::size_t>(position) - 1);
+    }
+  }
+  ParseResult(const ParseResult&) = delete;
+  ParseResult& operator=(const ParseResult&) = delete;
+  ~ParseResult() { pg_query_free_parse_result(m_result); }
+
+  const std::optional<ParserError>& GetError() const { return m_error; }
+  std::string_view GetJson() const { return m_result.parse_tree; }
+
+ private:
+  PgQueryParseResult m_result;
+  std::optional<ParserError> m_error;
+};
+
+std::optional<ParserError> ErrorOf(const std::string& statement) { return ParseResult(statement).GetError(); }
+
+/// The parser's message without the frame in what it quotes, and with long quotations cut.
+std::string Readable(std::string_view message) {
+  if (message.starts_with(kParserDepthExceeded)) return kNestedTooDeeply;
+  const std::size_t phrase = message.find(kNearPhrase);
+  if (phrase == std::string_view::npos) return std::string(message);
+  std::string_view quoted = message.substr(phrase + kNearPhrase.size());
+  if (quoted.ends_with('"')) quoted.remove_suffix(1);
+  if (quoted.ends_with(kFrameEnd)) quoted.remove_suffix(kFrameEnd.size());
+  return std::string(message.substr(0, phrase + kNearPhrase.size())) + ForMessage(quoted, kMaxQuotedCharacters) + '"';
+}
+
+/// The start of the first string or quoted name that the parser does not take even on its own, such as one with an
+/// escape that stands for no character: it does not tell the place of these. The text's start if there is none.
+std::size_t StartOfBadQuotation(std::string_view text) {
+  SqlLexer lexer(text);
+  for (SqlToken token = lexer.Next(); token.m_kind != SqlToken::kEnd; token = lexer.Next()) {
+    if (token.m_kind != SqlToken::kQuoted) continue;
+    if (ErrorOf(std::string(kConstantBegin).append(text, token.m_begin, token.m_end - token.m_begin)))
+      return token.m_begin;
+  }
+  return 0;
+}
+
+[[noreturn]] void Raise(std::string_view text, const ParserError& error, std::size_t frameBegin) {
+  if (!error.m_offset) throw SqlError(StartOfBadQuotation(text), Readable(error.m_message));
+  const std::size_t offset = *error.m_offset > frameBegin ? *error.m_offset - frameBegin : 0;
+  throw SqlError(std::min(offset, text.size()), Readable(error.m_message));
+}
+
+/// For a text that the frame's end, or the frame's shape, shows not to be one expression.
+[[noreturn]] void RaiseWithoutFrame(std::string_view text) {
+  if (const auto error = ErrorOf(std::string(kOpenBegin).append(text))) Raise(text, *error, kOpenBegin.size());
+  throw SqlError(text.size(), "syntax error at the end of the condition");
+}
+
+void CheckParsed(std::string_view text, const std::optional<ParserError>& error) {
+  if (!error) return;
+  const bool bInFrameEnd = error->m_offset && *error->m_offset > kFrameBegin.size() + text.size();
+  if (bInFrameEnd) RaiseWithoutFrame(text);
+  Raise(text, *error, kFrameBegin.size());
+}
+
+/// The single element of an array; none if there are more or fewer.
+SqlNode Single(SqlNode array) {
+  const std::vector<SqlNode> elements = array.GetElements();
+  return elements.size() == 1 ? elements.front() : SqlNode();
+}
+
+SqlTree Parse(std::string_view text) {
+  if (text.size() > kMaxSqlBytes) {
+    throw SqlError(kMaxSqlBytes, "the condition is longer than " + std::to_string(kMaxSqlBytes >> 20) + " MiB");
+  }
+  CheckIsText(text);
+  CheckSqlNesting(text);
+  std::string statement;
+  statement.reserve(kFrameBegin.size() + text.size() + kFrameEnd.size());
+  statement.append(kFrameBegin).append(text).append(kFrameEnd);
+  const ParseResult result(statement);
+  CheckParsed(text, result.GetError());
+  return SqlTree(result.GetJson(), kFrameBegin.size());
+}
+
+}  // namespace
+
+SqlCondition::SqlCondition(std::string_view text) : m_text(text), m_tree(Parse(text)) {
+  const SqlNode select = Single(m_tree.GetRoot().Get("stmts")).Get("stmt");
+  const SqlNode frame = Single(select.Get("targetList")).Get("val");
+  const SqlNode when = Single(frame.Get("args"));
+  const bool bIsFrame =
+      frame.GetKind() == "CaseExpr" && when.Get("result").GetLocation() == text.size() + kFrameConstant;
+  if (!bIsFrame) RaiseWithoutFrame(text);
+  m_expression = when.Get("expr");
+}

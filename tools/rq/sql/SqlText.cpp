@@ -1,0 +1,145 @@
+#include "rq/sql/SqlText.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+
+#include "Host/KXString.h"
+
+namespace {
+
+// How much of a long line is shown around the caret.
+constexpr std::size_t kMaxCharactersBefore = 60;
+constexpr std::size_t kMaxCharactersBehind = 40;
+
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+constexpr std::string_view kEllipsis = "...";
+constexpr std::string_view kIndentation = "  ";
+
+bool IsContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
+
+bool IsControl(char32_t character) { return character < 0x20 || character == 0x7F; }
+
+std::size_t CountCharacters(std::string_view text) {
+  return static_cast<std::size_t>(std::ranges::count_if(text, [](char byte) { return !IsContinuation(byte); }));
+}
+
+/// Bytes of the character that begins at an offset; 1 where none does.
+std::size_t CharacterLength(std::string_view text, std::size_t offset) {
+  const auto lead = static_cast<unsigned char>(text[offset]);
+  const std::size_t length = lead < 0xC0 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF8 ? 4 : 1;
+  if (offset + length > text.size()) return 1;
+  for (std::size_t i = 1; i < length; ++i) {
+    if (!IsContinuation(text[offset + i])) return 1;
+  }
+  return length;
+}
+
+/// One character as it is shown: its bytes, or the replacement for what a terminal must not get, and its width in
+/// cells.
+struct ShownCharacter {
+  std::string_view m_bytes;
+  std::size_t m_width;
+};
+
+struct CharacterRange {
+  char32_t m_first;
+  char32_t m_last;
+};
+
+template <std::size_t kSize>
+bool IsIn(const std::array<CharacterRange, kSize>& ranges, char32_t character) {
+  return std::ranges::any_of(
+      ranges, [character](const CharacterRange& r) { return character >= r.m_first && character <= r.m_last; });
+}
+
+// The scripts and signs that fill two cells of a terminal, and the marks that fill none, by their blocks.
+constexpr std::array<CharacterRange, 10> kWide{{{0x1100, 0x115F},
+                                                {0x2E80, 0x303E},
+                                                {0x3041, 0xA4CF},
+                                                {0xAC00, 0xD7A3},
+                                                {0xF900, 0xFAFF},
+                                                {0xFE30, 0xFE6F},
+                                                {0xFF00, 0xFF60},
+                                                {0xFFE0, 0xFFE6},
+                                                {0x1F300, 0x1FAFF},
+                                                {0x20000, 0x3FFFD}}};
+constexpr std::array<CharacterRange, 6> kZeroWidth{
+    {{0x0300, 0x036F}, {0x1AB0, 0x1AFF}, {0x200B, 0x200F}, {0x20D0, 0x20FF}, {0xFE00, 0xFE0F}, {0xFE20, 0xFE2F}}};
+
+ShownCharacter Show(std::string_view bytes) {
+  if (bytes == "\t") return {bytes, 1};
+  KXString decoded;
+  if (!KXString::FromUTF8Strict(bytes, decoded)) return {kReplacement, 1};
+  const auto character = static_cast<char32_t>(decoded[0]);
+  const bool bIsLatin1Control = character >= 0x80 && character < 0xA0;
+  if (IsControl(character) || bIsLatin1Control) return {kReplacement, 1};
+  if (IsIn(kZeroWidth, character)) return {bytes, 0};
+  return {bytes, IsIn(kWide, character) ? std::size_t{2} : std::size_t{1}};
+}
+
+std::size_t StepBack(std::string_view text, std::size_t offset, std::size_t nCharacters) {
+  for (; offset > 0 && nCharacters > 0; --nCharacters) {
+    --offset;
+    while (offset > 0 && IsContinuation(text[offset])) --offset;
+  }
+  return offset;
+}
+
+std::size_t StepForward(std::string_view text, std::size_t offset, std::size_t nCharacters) {
+  for (; offset < text.size() && nCharacters > 0; --nCharacters) offset += CharacterLength(text, offset);
+  return offset;
+}
+
+}  // namespace
+
+SqlPlace PlaceOf(std::string_view text, std::size_t offset) {
+  const std::string_view before = text.substr(0, std::min(offset, text.size()));
+  const std::size_t lineStart = before.rfind('\n') + 1;  // 0 without a line feed
+  return {1 + static_cast<std::size_t>(std::ranges::count(before, '\n')),
+          1 + CountCharacters(before.substr(lineStart))};
+}
+
+std::string CaretText(std::string_view text, std::size_t offset) {
+  offset = std::min(offset, text.size());
+  const std::size_t lineStart = text.substr(0, offset).rfind('\n') + 1;
+  std::string_view line = text.substr(lineStart, text.find('\n', offset) - lineStart);
+  if (line.ends_with('\r')) line.remove_suffix(1);
+  const std::size_t caret = std::min(offset - lineStart, line.size());
+
+  const std::size_t first = StepBack(line, caret, kMaxCharactersBefore);
+  const std::size_t last = StepForward(line, caret, kMaxCharactersBehind);
+  std::string shown(kIndentation);
+  std::string marker(kIndentation);
+  if (first > 0) {
+    shown += kEllipsis;
+    marker.append(kEllipsis.size(), ' ');
+  }
+  for (std::size_t at = first; at < last;) {
+    const std::size_t length = CharacterLength(line, at);
+    const ShownCharacter character = Show(line.substr(at, length));
+    shown += character.m_bytes;
+    if (at < caret) marker.append(character.m_width, line[at] == '\t' ? '\t' : ' ');
+    at += length;
+  }
+  if (last < line.size()) shown += kEllipsis;
+  return shown + '\n' + marker + "^\n";
+}
+
+void CheckIsText(std::string_view text) {
+  if (const std::size_t zero = text.find('\0'); zero != std::string_view::npos) {
+    throw SqlError(zero, "a zero byte is not text");
+  }
+  if (std::ranges::all_of(text, [](char byte) { return static_cast<unsigned char>(byte) < 0x80; })) return;
+  KXString decoded;
+  std::size_t errorOffset = 0;
+  if (!KXString::FromUTF8Strict(text, decoded, &errorOffset)) throw SqlError(errorOffset, "this is not UTF-8");
+}
+
+std::string ForMessage(std::string_view text, std::size_t maxCharacters) {
+  const std::size_t end = StepForward(text, 0, maxCharacters);
+  std::string shown(text.substr(0, end));
+  std::ranges::replace_if(
+      shown, [](char c) { return IsControl(static_cast<unsigned char>(c)); }, ' ');
+  return end < text.size() ? shown.append(kEllipsis) : shown;
+}
