@@ -47,8 +47,8 @@ class Generator {
     const int terms = Uniform(2, 3);
     for (int i = 0; (i < terms || depth == 0) && (m_atomsLeft > 0 || !pCond); ++i) {
       MaskTree& child = masks.children.emplace_back();
-      RqExprCond* const pTerm = depth < 3 && m_atomsLeft > 2 && Uniform(0, 2) > 0 ? MakeLevel(child, inner, depth + 1)
-                                                                                : MakeAtom(child);
+      RqExprCond* const pTerm =
+          depth < 3 && m_atomsLeft > 2 && Uniform(0, 2) > 0 ? MakeLevel(child, inner, depth + 1) : MakeAtom(child);
       pCond = kind == MaskTree::Kind::kAnd ? RqExprCondAnd::Concatenate(pCond, pTerm)
                                            : RqExprCondOr::Concatenate(pCond, pTerm);
     }

@@ -32,8 +32,10 @@ BENCHMARK(BM_NewDelete)->Name("literal_new_delete")->Threads(1)->Threads(2)->Use
 
 [[maybe_unused]] const bool g_ratios = [] {
   for (const std::string threads : {"1", "2"}) {
-    AddRatio({"pooled literal, " + threads + " thread(s), to new and delete", "literal_pool/threads:" + threads,
-              {{1, "literal_new_delete/threads:" + threads}}, 1.0});
+    AddRatio({"pooled literal, " + threads + " thread(s), to new and delete",
+              "literal_pool/threads:" + threads,
+              {{1, "literal_new_delete/threads:" + threads}},
+              1.0});
   }
   return true;
 }();

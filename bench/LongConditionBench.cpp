@@ -22,8 +22,8 @@ RqExprCond* MakeOrTerms(std::int64_t terms) {
   RqExprCond* pCond = nullptr;
   for (std::int64_t i = 0; i < terms; ++i) {
     const auto value = static_cast<int>(i);
-    pCond = RqExprCondOr::Concatenate(pCond,
-                                      new RqExprCondEquality(MakeColumn(), new RqExprIntegerLiteral(value, false), false));
+    pCond = RqExprCondOr::Concatenate(
+        pCond, new RqExprCondEquality(MakeColumn(), new RqExprIntegerLiteral(value, false), false));
   }
   return pCond;
 }
@@ -86,9 +86,9 @@ void BM_Destroy(benchmark::State& state) {
 
 constexpr int kShort = 10'000;
 constexpr int kLong = 100'000;
-#define LINEAR(name, function)                                                                              \
-  BENCHMARK(function)->Name(name)->Arg(kShort)->Arg(kLong);                                                 \
-  [[maybe_unused]] const int BENCHMARK_PRIVATE_CONCAT(g_, ratio, __LINE__) =                       \
+#define LINEAR(name, function)                                               \
+  BENCHMARK(function)->Name(name)->Arg(kShort)->Arg(kLong);                  \
+  [[maybe_unused]] const int BENCHMARK_PRIVATE_CONCAT(g_, ratio, __LINE__) = \
       AddRatio({name ", 100,000 to 10,000, an entry", name "/100000", {{1, name "/10000"}}})
 LINEAR("or_terms_build", BM_Build<MakeOrTerms>);
 LINEAR("or_terms_copy", BM_Copy<MakeOrTerms>);
@@ -139,6 +139,7 @@ void BM_DestroyDeep(benchmark::State& state) {
 BENCHMARK(BM_DestroyDeep)->Name("destroy_deep_on_256KiB")->Arg(10'000)->Arg(1'000'000)->UseRealTime();
 [[maybe_unused]] const int g_deepRatio =
     AddRatio({"destroying a chain of 1,000,000 on a 256 KiB stack, a node, to one of 10,000",
-              "destroy_deep_on_256KiB/1000000", {{1, "destroy_deep_on_256KiB/10000"}}});
+              "destroy_deep_on_256KiB/1000000",
+              {{1, "destroy_deep_on_256KiB/10000"}}});
 
 }  // namespace

@@ -66,7 +66,9 @@ class RatioReporter : public benchmark::ConsoleReporter {
         aim = text;
       }
       std::printf("| %s | %.1f | %.1f | %.2f | %s | %s |\n", row.what.c_str(), ours, baseline, ratio, aim.c_str(),
-                  row.aim == 0 ? "-" : bHeld ? "yes" : "NO");
+                  row.aim == 0 ? "-"
+                  : bHeld      ? "yes"
+                               : "NO");
     }
     return bAllHeld;
   }

@@ -16,7 +16,7 @@
 
 void PrintNodeSizes() {
   std::printf("\n| Class | bytes |\n|---|---|\n");
-#define SIZE_Stands(Class)   std::printf("| %s | %zu |\n", #Class, sizeof(Class));
+#define SIZE_Stands(Class) std::printf("| %s | %zu |\n", #Class, sizeof(Class));
 #define SIZE_Declared(Class)
 #define RQ_NODE_KIND(value, Class, state, interface, VisitedAs, made) SIZE_##state(Class)
 #include "Query/Optimizer/Request/Node/SQORRqNodeTypes.def"

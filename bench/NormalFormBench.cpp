@@ -62,8 +62,8 @@ OwnedRqExprCondPtr ToNormalForm(const RqExprCond& condition) {
   return OwnedRqExprCondPtr(toCNF(condition));
 }
 
-/// Times work(entry) over the corpus. The items are conditions; the counter median_ns is the median over the conditions of
-/// the time of each, taken in a pass of its own.
+/// Times work(entry) over the corpus. The items are conditions; the counter median_ns is the median over the conditions
+/// of the time of each, taken in a pass of its own.
 template <class Work>
 void TimeCorpus(benchmark::State& state, Work work) {
   const std::vector<CorpusEntry>& corpus = Corpus();
@@ -170,13 +170,19 @@ BENCHMARK(BM_CopyOutput)->Name("copy_output");
 BENCHMARK(BM_Z3)->Name("z3_tseitin_cnf");
 
 [[maybe_unused]] const bool g_ratios = [] {
-  AddRatio({"CNF of a filter, median, to masks + 2 copies in + 1 copy out", "generate_cnf:median_ns",
-            {{1, "masks:median_ns"}, {2, "copy_input:median_ns"}, {1, "copy_output:median_ns"}}, 2.0});
-  AddRatio({"CNF of a filter, mean, to masks + 2 copies in + 1 copy out", "generate_cnf",
-            {{1, "masks"}, {2, "copy_input"}, {1, "copy_output"}}, 2.0});
-  AddRatio({"CNF conjuncts of a filter, mean, to the same sum", "cnf_conjuncts",
+  AddRatio({"CNF of a filter, median, to masks + 2 copies in + 1 copy out",
+            "generate_cnf:median_ns",
+            {{1, "masks:median_ns"}, {2, "copy_input:median_ns"}, {1, "copy_output:median_ns"}},
+            2.0});
+  AddRatio({"CNF of a filter, mean, to masks + 2 copies in + 1 copy out",
+            "generate_cnf",
+            {{1, "masks"}, {2, "copy_input"}, {1, "copy_output"}},
+            2.0});
+  AddRatio({"CNF conjuncts of a filter, mean, to the same sum",
+            "cnf_conjuncts",
             {{1, "masks"}, {2, "copy_input"}, {1, "copy_output"}}});
-  AddRatio({"DNF disjuncts of a filter, mean, to the same sum", "dnf_disjuncts",
+  AddRatio({"DNF disjuncts of a filter, mean, to the same sum",
+            "dnf_disjuncts",
             {{1, "masks"}, {2, "copy_input"}, {1, "copy_output"}}});
   AddRatio({"the mask program alone, median", "masks:median_ns", {{1, "copy_input:median_ns"}}});
   AddRatio({"CNF of a filter, mean, to Z3's tseitin-cnf", "generate_cnf", {{1, "z3_tseitin_cnf"}}, 1.0 / 3});

@@ -26,7 +26,8 @@ ArenaNode* CopyToArena(const PlainNode& node, std::byte*& place) {
   copy->m_numChildren = static_cast<std::int32_t>(node.m_children.size());
   copy->m_children = reinterpret_cast<ArenaNode**>(place);
   place += node.m_children.size() * sizeof(ArenaNode*);
-  for (std::size_t i = 0; i < node.m_children.size(); ++i) copy->m_children[i] = CopyToArena(*node.m_children[i], place);
+  for (std::size_t i = 0; i < node.m_children.size(); ++i)
+    copy->m_children[i] = CopyToArena(*node.m_children[i], place);
   return copy;
 }
 

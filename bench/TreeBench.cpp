@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int kSmall = 50;        // comparisons: 199 nodes
+constexpr int kSmall = 50;       // comparisons: 199 nodes
 constexpr int kLarge = 250'000;  // 999,999 nodes
 
 struct Trees {
@@ -187,16 +187,18 @@ BOTH_SIZES(BM_PlainText)->Name("plain_text");
 
 void AddRatios(const std::string& nodes, int comparisons, double copyDestroyAim) {
   const std::string size = "/" + std::to_string(comparisons);
-  AddRatio({"copy and destroy, " + nodes + " nodes, a node, to the plain tree", "copy_destroy" + size,
-            {{1, "plain_copy_destroy" + size}}, copyDestroyAim});
+  AddRatio({"copy and destroy, " + nodes + " nodes, a node, to the plain tree",
+            "copy_destroy" + size,
+            {{1, "plain_copy_destroy" + size}},
+            copyDestroyAim});
   AddRatio({"the same with new identities", "copy_new_ids_destroy" + size, {{1, "plain_copy_destroy" + size}}});
   AddRatio({"copy, " + nodes + " nodes, to the plain tree", "copy" + size, {{1, "plain_copy" + size}}});
   AddRatio({"copy, " + nodes + " nodes, to an arena copy", "copy" + size, {{1, "arena_copy" + size}}});
   AddRatio({"destroy, " + nodes + " nodes, to the plain tree", "destroy" + size, {{1, "plain_destroy" + size}}});
   AddRatio({"tour, " + nodes + " nodes, to the plain tree", "tour" + size, {{1, "plain_tour" + size}}});
   AddRatio({"equivalence, " + nodes + " nodes, to the plain tree", "equivalent" + size, {{1, "plain_equals" + size}}});
-  AddRatio({"order, " + nodes + " nodes, to the plain tree's equality", "less_than" + size,
-            {{1, "plain_equals" + size}}});
+  AddRatio(
+      {"order, " + nodes + " nodes, to the plain tree's equality", "less_than" + size, {{1, "plain_equals" + size}}});
   AddRatio({"text, " + nodes + " nodes, to the plain tree", "text" + size, {{1, "plain_text" + size}}});
 }
 

@@ -18,6 +18,9 @@ KXString DigitsOf(Integer value) {
   return Widen({buffer, std::to_chars(std::begin(buffer), std::end(buffer), value).ptr});
 }
 
+/// The character as the unsigned number that it is ordered by.
+constexpr std::uint32_t ToCode(wchar_t character) { return static_cast<std::uint32_t>(character); }
+
 /// The power of ten of the first digit of a finite value.
 int DecimalExponent(double value) {
   char buffer[32];
@@ -92,8 +95,8 @@ int BaseStringUtil::CaseInsensitiveCompare(std::wstring_view a, std::wstring_vie
   const std::size_t common = std::min(a.size(), b.size());
   for (std::size_t i = 0; i < common; ++i) {
     if (a[i] == b[i]) continue;
-    const auto lowerA = static_cast<std::uint32_t>(ToLower(a[i]));
-    const auto lowerB = static_cast<std::uint32_t>(ToLower(b[i]));
+    const std::uint32_t lowerA = ToCode(ToLower(a[i]));
+    const std::uint32_t lowerB = ToCode(ToLower(b[i]));
     if (lowerA != lowerB) return lowerA < lowerB ? -1 : 1;
   }
   return a.size() < b.size() ? -1 : a.size() > b.size() ? 1 : 0;

@@ -8,7 +8,7 @@ namespace {
   const std::string utf8 = (KXString(file) + L":").ToUTF8() + std::to_string(line) + (L": " + KXString(what)).ToUTF8() +
                            (message.empty() ? std::string() : ": " + message.ToUTF8()) + "\n";
   // One write, so that reports of several threads do not mix.
-  std::fwrite(utf8.data(), 1, utf8.size(), stderr);
+  (void)std::fwrite(utf8.data(), 1, utf8.size(), stderr);
   std::abort();
 }
 

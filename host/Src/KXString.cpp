@@ -44,7 +44,9 @@ KXString::KXString(std::size_t count, wchar_t character) { append(count, charact
 
 KXString& KXString::append(std::size_t count, wchar_t character) {
   if (count == 0) return *this;
-  if (!HasRoomFor(count)) Drop(std::exchange(m_pBuffer, MakeBuffer(view(), GrownCapacity(count))));
+  if (!m_pBuffer || !HasRoomFor(count)) {
+    Drop(std::exchange(m_pBuffer, MakeBuffer(view(), GrownCapacity(count))));
+  }
   std::fill_n(m_pBuffer->Text() + m_pBuffer->m_length, count, character);
   SetLength(m_pBuffer->m_length + count);
   return *this;

@@ -27,7 +27,9 @@ struct StackRange {
   std::uintptr_t m_high = 0;
 
   bool Contains(std::uintptr_t address) const { return address >= m_low && address < m_high; }
-  std::uintptr_t Limit() const { return m_low + std::min(KXThread::kMaxStackReserve, (m_high - m_low) / 4); }
+  std::uintptr_t Limit() const {
+    return m_low + std::clamp((m_high - m_low) / 4, KXThread::kMinStackReserve, KXThread::kMaxStackReserve);
+  }
 };
 
 thread_local constinit StackRange t_stackRange;

@@ -84,7 +84,7 @@ class KorvelNumber::Decimal {
 KorvelNumber::Decimal::Decimal(const KorvelNumber& number) {
   if (number.IsZero()) return;
   m_bNegative = number.IsNegative();
-  m_exponent = 2 * (number.GetExponent() + 1);
+  m_exponent = std::int64_t{2} * (number.GetExponent() + 1);
   for (int pair = 1; pair < number.m_nLnxsize; ++pair) {
     m_digits.push_back(static_cast<char>('0' + number.m_aLnxnum[pair] / 10));
     m_digits.push_back(static_cast<char>('0' + number.m_aLnxnum[pair] % 10));
@@ -132,12 +132,14 @@ bool KorvelNumber::Decimal::ToNumber(KorvelNumber& number) const {
   KorvelNumber result;
   std::int64_t exponent = FirstDigitExponent() >> 1;  // towards minus infinity, also below zero
   std::string digits = (FirstDigitExponent() & 1) ? m_digits : "0" + m_digits;
-  digits.resize(std::max<std::size_t>(digits.size(), 2 * (kMaxPairs + 1)), '0');
-  const auto pairAt = [&digits](int pair) { return (digits[2 * pair] - '0') * 10 + (digits[2 * pair + 1] - '0'); };
+  digits.resize(std::max(digits.size(), std::size_t{2} * (kMaxPairs + 1)), '0');
+  const auto pairAt = [&digits](std::size_t pair) {
+    return (digits[2 * pair] - '0') * 10 + (digits[2 * pair + 1] - '0');
+  };
 
   std::array<std::uint8_t, kMaxPairs> pairs;
   bool bCarry = pairAt(kMaxPairs) >= kBase / 2;
-  for (int pair = kMaxPairs - 1; pair >= 0; --pair) {
+  for (std::size_t pair = kMaxPairs; pair-- > 0;) {
     const int value = pairAt(pair) + (bCarry ? 1 : 0);
     bCarry = value == kBase;
     pairs[pair] = static_cast<std::uint8_t>(bCarry ? 0 : value);

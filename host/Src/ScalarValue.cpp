@@ -15,6 +15,8 @@ template <class... Functions>
 struct Overloaded : Functions... {
   using Functions::operator()...;
 };
+template <class... Functions>
+Overloaded(Functions...) -> Overloaded<Functions...>;
 
 /// A visitor for std::visit: the given functions, and "empty" for every type that none of them takes as it is.
 template <class Result, class... Functions>

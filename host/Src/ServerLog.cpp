@@ -21,7 +21,7 @@ LogState& GetLogState() {
 
 void WriteToStandardError(const KXString& text) {
   const std::string line = text.ToUTF8() + '\n';
-  std::fwrite(line.data(), 1, line.size(), stderr);
+  (void)std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
 }  // namespace

@@ -97,13 +97,25 @@ TEST(BitVectorTest, RandomStepsGiveWhatAVectorOfBoolGives) {
       const Pair& other = pairs[upTo(2)];
       const std::size_t size = kLengths[upTo(std::size(kLengths) - 1)];
       switch (upTo(8)) {
-        case 0: pair.Resize(size, upTo(1) == 0); break;
-        case 1: pair.PushBack(upTo(1) == 0); break;
-        case 2: pair = other; break;
-        case 3: pair = Pair(other); break;
-        case 4: pair.Clear(); break;
+        case 0:
+          pair.Resize(size, upTo(1) == 0);
+          break;
+        case 1:
+          pair.PushBack(upTo(1) == 0);
+          break;
+        case 2:
+          pair = other;
+          break;
+        case 3:
+          pair = Pair(other);
+          break;
+        case 4:
+          pair.Clear();
+          break;
         case 5:
-        case 6: pair.Combine(other, static_cast<int>(upTo(2))); break;
+        case 6:
+          pair.Combine(other, static_cast<int>(upTo(2)));
+          break;
         default:
           pair.Resize(size, false);
           for (std::size_t i = 0; i < size / 3; ++i) pair.Put(upTo(size - 1), upTo(3) != 0);

@@ -185,7 +185,8 @@ std::string CallText(const RqExpr& expr) {
                                                              {kRqExprCondOuterJoinFilter, "Filter"}};
   const RqNodeType_e type = expr.GetObjectType();
   bool bNegated = false;
-  if (const auto* const pNegatable = dynamic_cast<const RqExprCondNegatable*>(&expr)) bNegated = pNegatable->IsNegated();
+  if (const auto* const pNegatable = dynamic_cast<const RqExprCondNegatable*>(&expr))
+    bNegated = pNegatable->IsNegated();
   if (type == kRqExprEvaluatePredicate) bNegated = static_cast<const RqExprEvaluatePredicate&>(expr).IsNegated();
   std::string operands = OperandTexts(expr, type == kRqExprCondMultiColumnIn ? ";" : ",");
   if (type == kRqExprIsRoot) operands = CondText(expr.GetIthOperand(0));
@@ -210,22 +211,34 @@ std::string CondText(const RqExpr* pExpr) {
     return CondText(expr.GetIthOperand(0)) + op + CondText(expr.GetIthOperand(1));
   };
   switch (expr.GetObjectType()) {
-    case kRqTargetColumn: return static_cast<const RqTargetColumn&>(expr).GetColumnName(nullptr).ToUTF8();
-    case kRqExprIntegerLiteral: return std::to_string(static_cast<const RqExprIntegerLiteral&>(expr).GetValue());
-    case kRqExprNullLiteral: return "null";
-    case kRqExprParam: return "?" + std::to_string(static_cast<const RqExprParam&>(expr).GetParamNumber());
+    case kRqTargetColumn:
+      return static_cast<const RqTargetColumn&>(expr).GetColumnName(nullptr).ToUTF8();
+    case kRqExprIntegerLiteral:
+      return std::to_string(static_cast<const RqExprIntegerLiteral&>(expr).GetValue());
+    case kRqExprNullLiteral:
+      return "null";
+    case kRqExprParam:
+      return "?" + std::to_string(static_cast<const RqExprParam&>(expr).GetParamNumber());
     case kRqExprColumnList:
       return OperandTexts(expr, expr.GetNumOperands() > 0 && expr.GetIthOperand(0)->IsMultiExpr() ? ";" : ",");
     case kRqExprCondEquality:
       return comparison(static_cast<const RqExprCondEquality&>(expr).AreNullsEqual() ? "==" : "=");
-    case kRqExprCondNotEqual: return comparison("<>");
-    case kRqExprCondLess: return comparison("<");
-    case kRqExprCondLessEqual: return comparison("<=");
-    case kRqExprCondGreater: return comparison(">");
-    case kRqExprCondGreaterEqual: return comparison(">=");
+    case kRqExprCondNotEqual:
+      return comparison("<>");
+    case kRqExprCondLess:
+      return comparison("<");
+    case kRqExprCondLessEqual:
+      return comparison("<=");
+    case kRqExprCondGreater:
+      return comparison(">");
+    case kRqExprCondGreaterEqual:
+      return comparison(">=");
     case kRqExprCondAnd:
-    case kRqExprCondOr: return ChainText(expr, expr.GetObjectType());
-    case kRqExprCondNot: return NotText(*expr.GetIthOperand(0));
-    default: return CallText(expr);
+    case kRqExprCondOr:
+      return ChainText(expr, expr.GetObjectType());
+    case kRqExprCondNot:
+      return NotText(*expr.GetIthOperand(0));
+    default:
+      return CallText(expr);
   }
 }

@@ -10,8 +10,8 @@
 //   a=1 & (b<c | !d==2)   "&" over "|", "!" before all; "==" is the equality of nulls too; also <> <= > >=
 //   operands              a column of one letter, an integer, null, a parameter as ?1
 //   calls                 IsNull(a) NotNull(a) Between(a,1,3) NotBetween(a,1,3) Like(a,1) NotLike(a,1) In(a,1,2)
-//                         NotIn(a,1,2) MultiIn(a,b;1,2;3,4) NotMultiIn(..) Pred(a) NotPred(a) IsAncestor(a,b,1) IsRoot(a)
-//                         IsSibling(a,b,c) IsLeaf(a) GroupBy(a,b) Wrap(condition) Filter(condition)
+//                         NotIn(a,1,2) MultiIn(a,b;1,2;3,4) NotMultiIn(..) Pred(a) NotPred(a) IsAncestor(a,b,1)
+//                         IsRoot(a) IsSibling(a,b,c) IsLeaf(a) GroupBy(a,b) Wrap(condition) Filter(condition)
 //
 // A chain "x & y & z" is concatenated from the left, and is the text of any tree of one connective: the text shows the
 // order of the leaves and not the balance. A nested tree in parentheses is a leaf of the chain around it.

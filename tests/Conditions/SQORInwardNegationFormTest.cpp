@@ -165,7 +165,7 @@ TEST(InwardNegationFormTest, ListsStayWholeUntilANegatedConnectiveForgetsToSayIt
       {"b=1 & In(a,1,2)", "b=1 & In(a,1,2)", "!a=1 & !a=2 | !b=1"},
       {"b=1 | In(a,1,2)", "b=1 | In(a,1,2)", "!a=1 & !a=2 & !b=1"},
       {"!(b=1 & In(a,1,2))", "!a=1 & !a=2 | !b=1", "b=1 & In(a,1,2)"},
-      {"b=1 & !(c=1 | !In(a,1,2))", "b=1 & (a=1 | a=2) & !c=1", "!a=1 & !a=2 | c=1 | !b=1"},
+      {"b=1 & !(c=1 | !In(a,1,2))", "b=1 & (a=1 | a=2) & !c=1", "c=1 | !a=1 & !a=2 | !b=1"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.input);

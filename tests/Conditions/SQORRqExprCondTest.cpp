@@ -395,6 +395,8 @@ const FoldRow kFoldRows[] = {
     FOLD(In(Row({Int(1), Param(1)}), List({})), kOpen), FOLD(In(Var(L"v"), List({Var(L"v")})), kTrue),
     FOLD(In(Var(L"v"), List({Var(L"w")})), kOpen), FOLD(In(Int(1), Row({Int(1)})), kOpen),
     FOLD(In(Int(1), List({Int(1)}), true), kOpen), FOLD(In(Int(1), List({}), true), kOpen),
+    FOLD(In(Row({Int(1)}), List({Row({Int(2)})})), kFalse), FOLD(In(Row({Int(1)}), List({Row({Col("a")})})), kOpen),
+    FOLD(In(Row({Int(1)}), List({Row({Param(1)})})), kOpen),
     // No folding of their own
     FOLD(new RqExprCondBetween(Int(1), Int(1), Int(1), false), kOpen),
     FOLD(new RqExprCondLike(Str(L"a"), Str(L"a"), false, nullptr), kOpen),

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <algorithm>
-#include <map>
+#include <array>
 #include <optional>
 #include <set>
 #include <string>
@@ -10,10 +10,11 @@
 #include "CondLanguage.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCondHierarchy.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCondSpecial.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqColumn.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprLiteral.h"
 
-// The meaning of conditions, by trying: a condition is evaluated on every row over its columns, where a column takes each
-// value of a small domain and null. It knows SQL's three truth values and nothing of the rewriting under test.
+// The meaning of conditions, by trying: a condition is evaluated on every row over its columns, where a column takes
+// each value of a small domain and null. It knows SQL's three truth values and nothing of the rewriting under test.
 
 enum class Truth { kFalse, kUnknown, kTrue };
 
@@ -23,7 +24,8 @@ inline Truth TruthOf(bool bValue) { return bValue ? Truth::kTrue : Truth::kFalse
 class TruthTable {
  public:
   using Value = std::optional<int>;
-  using Row = std::map<std::string, Value>;
+  /// The values of the columns a to z.
+  using Row = std::array<Value, 26>;
 
   /// A null condition is the one without any demand: true.
   static Truth Evaluate(const RqExpr* pCond, const Row& row) {
@@ -32,38 +34,51 @@ class TruthTable {
     const auto inner = [&](int i) { return Evaluate(cond.GetIthOperand(i), row); };
     const auto value = [&](int i) { return ValueOf(*cond.GetIthOperand(i), row); };
     switch (cond.GetObjectType()) {
-      case kRqExprCondAnd: return std::min(inner(0), inner(1));
-      case kRqExprCondOr: return std::max(inner(0), inner(1));
-      case kRqExprCondNot: return Negation(inner(0));
+      case kRqExprCondAnd:
+        return std::min(inner(0), inner(1));
+      case kRqExprCondOr:
+        return std::max(inner(0), inner(1));
+      case kRqExprCondNot:
+        return Negation(inner(0));
       case kRqExprCondAtomicWrapper:
-      case kRqExprCondOuterJoinFilter: return inner(0);
+      case kRqExprCondOuterJoinFilter:
+        return inner(0);
       case kRqExprCondEquality:
         if (static_cast<const RqExprCondEquality&>(cond).AreNullsEqual()) return TruthOf(value(0) == value(1));
         return Equal(value(0), value(1));
-      case kRqExprCondNotEqual: return Negation(Equal(value(0), value(1)));
-      case kRqExprCondLess: return Less(value(0), value(1));
-      case kRqExprCondLessEqual: return Negation(Less(value(1), value(0)));
-      case kRqExprCondGreater: return Less(value(1), value(0));
-      case kRqExprCondGreaterEqual: return Negation(Less(value(0), value(1)));
-      case kRqExprCondIsNull: return Signed(cond, TruthOf(!value(0)));
+      case kRqExprCondNotEqual:
+        return Negation(Equal(value(0), value(1)));
+      case kRqExprCondLess:
+        return Less(value(0), value(1));
+      case kRqExprCondLessEqual:
+        return Negation(Less(value(1), value(0)));
+      case kRqExprCondGreater:
+        return Less(value(1), value(0));
+      case kRqExprCondGreaterEqual:
+        return Negation(Less(value(0), value(1)));
+      case kRqExprCondIsNull:
+        return Signed(cond, TruthOf(!value(0)));
       case kRqExprCondBetween:
         return Signed(cond, std::min(Negation(Less(value(0), value(1))), Negation(Less(value(2), value(0)))));
-      case kRqExprCondIn: return Signed(cond, IsIn(value(0), *cond.GetIthOperand(1), row));
-      case kRqExprCondMultiColumnIn: return Signed(cond, IsRowIn(*cond.GetIthOperand(0), *cond.GetIthOperand(1), row));
-      default: return Opaque(cond, row);
+      case kRqExprCondIn:
+        return Signed(cond, IsIn(value(0), *cond.GetIthOperand(1), row));
+      case kRqExprCondMultiColumnIn:
+        return Signed(cond, IsRowIn(*cond.GetIthOperand(0), *cond.GetIthOperand(1), row));
+      default:
+        return Opaque(cond, row);
     }
   }
 
   /// The rows over the columns of the conditions. bNulls: null is a value of each column.
   static std::vector<Row> RowsOver(const std::vector<const RqExpr*>& conds, bool bNulls) {
-    constexpr int kValues = 4;
-    std::set<std::string> columns;
+    std::set<std::size_t> columns;
     for (const RqExpr* const pCond : conds) CollectColumns(pCond, columns);
+    const int numValues = columns.size() < 4 ? 5 : 3;
     std::vector<Row> rows(1);
-    for (const std::string& column : columns) {
+    for (const std::size_t column : columns) {
       std::vector<Row> longerRows;
       for (const Row& row : rows) {
-        for (int value = bNulls ? -1 : 0; value < kValues; ++value) {
+        for (int value = bNulls ? -1 : 0; value < numValues; ++value) {
           longerRows.push_back(row);
           longerRows.back()[column] = value < 0 ? Value() : Value(value);
         }
@@ -75,15 +90,20 @@ class TruthTable {
 
   static std::string Text(const Row& row) {
     std::string text;
-    for (const auto& [column, value] : row) text += column + "=" + (value ? std::to_string(*value) : "null") + " ";
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      text += static_cast<char>('a' + i) + ("=" + (row[i] ? std::to_string(*row[i]) : "null")) + " ";
+    }
     return text;
   }
 
  private:
   static Value ValueOf(const RqExpr& expr, const Row& row) {
     if (expr.GetObjectType() == kRqExprIntegerLiteral) return static_cast<const RqExprIntegerLiteral&>(expr).GetValue();
-    const auto it = row.find(CondText(&expr));
-    return it == row.end() ? Value() : it->second;
+    return expr.IsTargetColumn() ? row[ColumnIndex(expr)] : Value();
+  }
+  static std::size_t ColumnIndex(const RqExpr& column) {
+    return static_cast<std::size_t>(static_cast<const RqTargetColumn&>(column).GetColumnName(nullptr).c_str()[0] -
+                                    L'a');
   }
   static Truth Equal(Value left, Value right) { return left && right ? TruthOf(*left == *right) : Truth::kUnknown; }
   static Truth Less(Value left, Value right) { return left && right ? TruthOf(*left < *right) : Truth::kUnknown; }
@@ -110,8 +130,8 @@ class TruthTable {
     }
     return truth;
   }
-  /// Any other condition is some function of its operands: unknown with a null among them, else true where their sum and
-  /// its kind say so.
+  /// Any other condition is some function of its operands: unknown with a null among them, else true where their sum
+  /// and its kind say so.
   static Truth Opaque(const RqExpr& cond, const Row& row) {
     int sum = cond.GetObjectType();
     for (int i = 0; i < cond.GetNumOperands(); ++i) {
@@ -122,14 +142,16 @@ class TruthTable {
       sum += *value;
     }
     bool bNegated = false;
-    if (const auto* const pNegatable = dynamic_cast<const RqExprCondNegatable*>(&cond)) bNegated = pNegatable->IsNegated();
-    if (const auto* const pPredicate = dynamic_cast<const RqExprEvaluatePredicate*>(&cond)) bNegated = pPredicate->IsNegated();
+    if (const auto* const pNegatable = dynamic_cast<const RqExprCondNegatable*>(&cond))
+      bNegated = pNegatable->IsNegated();
+    if (const auto* const pPredicate = dynamic_cast<const RqExprEvaluatePredicate*>(&cond))
+      bNegated = pPredicate->IsNegated();
     if (const auto* const pAncestor = dynamic_cast<const RqExprIsAncestor*>(&cond)) bNegated = pAncestor->IsNegated();
     return TruthOf((sum % 2 == 0) != bNegated);
   }
-  static void CollectColumns(const RqExpr* pExpr, std::set<std::string>& columns) {
+  static void CollectColumns(const RqExpr* pExpr, std::set<std::size_t>& columns) {
     if (!pExpr) return;
-    if (pExpr->IsTargetColumn()) columns.insert(CondText(pExpr));
+    if (pExpr->IsTargetColumn()) columns.insert(ColumnIndex(*pExpr));
     for (int i = 0; i < pExpr->GetNumOperands(); ++i) CollectColumns(pExpr->GetIthOperand(i), columns);
   }
 };

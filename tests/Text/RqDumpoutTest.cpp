@@ -347,7 +347,7 @@ TEST_F(RqDumpoutTest, EveryClassThatStandsHasASample) {
 
 // What readers are told is what they get.
 TEST_F(RqDumpoutTest, TheDescriptionShowsEverySample) {
-  const auto path = std::filesystem::path(__FILE__).parent_path() / "../../docs/text-form.md";
+  const auto path = std::filesystem::path(RQ_SOURCE_DIR) / "docs/text-form.md";
   std::ifstream file(path);
   ASSERT_TRUE(file) << path;
   const std::string page(std::istreambuf_iterator<char>(file), {});

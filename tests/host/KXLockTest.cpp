@@ -12,6 +12,7 @@ namespace {
 template <class Work>
 void RunThreads(int threads, Work work) {
   std::vector<std::thread> running;
+  running.reserve(threads);
   for (int t = 0; t < threads; ++t) running.emplace_back([&work, t] { work(t); });
   for (std::thread& thread : running) thread.join();
 }

@@ -2,9 +2,9 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cerrno>
 #include <new>
 #include <ostream>
+#include <sstream>
 
 #include "Host/ErrorMessage.h"
 #include "rq/BigStack.h"
@@ -50,8 +50,11 @@ class CommandLine {
       return GetCommand()->Run(streams);
     } catch (const CLI::ParseError& error) {
       if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
-        m_app.exit(error, streams.m_out, streams.m_err);
-        streams.m_out.flush();
+        std::ostringstream help;
+        m_app.exit(error, help, help);
+        BlockWriter writer(streams.m_out);
+        writer.Append(help.str());
+        writer.Flush();
         return kExitSuccess;
       }
       return FailUsage(streams, GetCommandName(), WhatIsWrong(error, arguments));

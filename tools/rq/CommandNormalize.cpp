@@ -5,6 +5,7 @@
 #include <climits>
 #include <fstream>
 #include <new>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -86,22 +87,30 @@ class ConditionStream {
     }
   }
 
+  /// False if the line has an error.
   bool TakeLine() {
+    const std::optional<std::string> text = Convert();
+    if (!text) return false;
+    if (m_bNeedsSeparator) m_writer.Append("\n");
+    m_bNeedsSeparator = m_options.m_format == NormalizeOptions::Format::kText;
+    m_writer.Append(*text);
+    return true;
+  }
+
+  /// What goes wrong with one line ends in its place, whatever it is.
+  std::optional<std::string> Convert() {
     try {
-      const OwnedRqExprCondPtr condition = ParseCondition(m_reader.GetLine());
-      const std::string text = NormalFormText(*condition, m_options);
-      if (m_bNeedsSeparator) m_writer.Append("\n");
-      m_bNeedsSeparator = m_options.m_format == NormalizeOptions::Format::kText;
-      m_writer.Append(text);
-      return true;
+      return NormalFormText(*ParseCondition(m_reader.GetLine()), m_options);
     } catch (const SqlError& error) {
       TakeError(error);
     } catch (const ErrorMessage& error) {
       TakeError(SqlError(0, error.GetText().ToUTF8()));
     } catch (const std::bad_alloc&) {
       TakeError(SqlError(0, "there is not enough memory for this condition"));
+    } catch (const std::exception& error) {
+      TakeError(SqlError(0, error.what()));
     }
-    return false;
+    return std::nullopt;
   }
 
   void TakeError(const SqlError& error) {

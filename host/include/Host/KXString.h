@@ -72,7 +72,7 @@ class KXString {
 
   /// The text to add may be a part of this very string.
   KXString& append(std::wstring_view text) {
-    if (HasRoomFor(text.size())) [[likely]] {
+    if (m_pBuffer && HasRoomFor(text.size())) [[likely]] {
       CopyText(m_pBuffer->Text() + m_pBuffer->m_length, text);
       SetLength(m_pBuffer->m_length + text.size());
       return *this;
@@ -91,9 +91,12 @@ class KXString {
   template <std::integral Number>
   requires(!std::same_as<Number, wchar_t>) KXString& append(Number) = delete;
 
-  template <class Text>
-  requires requires(KXString& target, const Text& text) { target.append(text); }
-  KXString& operator+=(const Text& text) { return append(text); }
+  KXString& operator+=(const KXString& text) { return append(text); }
+  KXString& operator+=(std::wstring_view text) { return append(text); }
+  KXString& operator+=(const wchar_t* text) { return append(text); }
+  KXString& operator+=(wchar_t character) { return append(character); }
+  template <std::integral Number>
+  requires(!std::same_as<Number, wchar_t>) KXString& operator+=(Number) = delete;
 
   /// The text may be a part of this very string.
   KXString& assign(std::wstring_view text);
@@ -186,8 +189,9 @@ class KXString {
     }
   }
 
+  /// Requires a buffer.
   bool HasRoomFor(std::size_t more) const noexcept {
-    return m_pBuffer && more <= m_pBuffer->m_capacity - m_pBuffer->m_length && !m_pBuffer->IsShared();
+    return more <= m_pBuffer->m_capacity - m_pBuffer->m_length && !m_pBuffer->IsShared();
   }
   void SetLength(std::size_t length) noexcept {
     m_pBuffer->m_length = static_cast<std::uint32_t>(length);

@@ -9,8 +9,9 @@
 /// Services of the running thread.
 class KXThread {
  public:
-  /// The part of a stack that LowStackCheck keeps free, for raising the error and for calls between two checks: a
-  /// quarter of the stack, at most 128 KiB.
+  /// What LowStackCheck keeps free of a stack, for raising the error and for calls between two checks: a quarter of it,
+  /// but at least what raising takes and at most what calls may need.
+  static constexpr std::size_t kMinStackReserve = 8 * 1024;
   static constexpr std::size_t kMaxStackReserve = 128 * 1024;
 
   /// Raises ErrorMessage kMsgStackLow when the running thread's stack has less left than the reserve and `moreBytes`.

@@ -24,10 +24,10 @@ class MemoryAllocatorGateway {
   }
 
   /// As above, with null in place of the exception.
-  [[nodiscard, gnu::malloc, gnu::noplt]] static void* tryAllocate(std::size_t size) noexcept;
+  [[nodiscard, gnu::malloc]] static void* tryAllocate(std::size_t size) noexcept;
 
   /// Null does nothing.
-  [[gnu::noplt]] static void readSizeAndDeallocate(void* ptr) noexcept;
+  static void readSizeAndDeallocate(void* ptr) noexcept;
 
  private:
   [[noreturn, gnu::cold]] static void RaiseBadAlloc();

@@ -67,6 +67,8 @@ const char* WhatItIs(const RqExpr& expr) {
   return "a value";
 }
 
+bool IsNegatedIn(SqlNode node) { return TextsOf(node.Get("name")).at(0) == "<>"; }
+
 bool IsRow(SqlNode node) { return node.GetKind() == "RowExpr"; }
 
 bool HasDigitOtherThanZero(std::string_view mantissa) {
@@ -293,12 +295,6 @@ OwnedRqExprPtr ConditionBuilder::BuildLike(SqlNode node) {
   const bool bNegated = TextsOf(node.Get("name")).at(0) == "!~~";
   return OwnedRqExprPtr(new RqExprCondLike(value.Release(), patternValue.Release(), bNegated, escapeValue.Release()));
 }
-
-namespace {
-
-bool IsNegatedIn(SqlNode node) { return TextsOf(node.Get("name")).at(0) == "<>"; }
-
-}  // namespace
 
 OwnedRqExprPtr ConditionBuilder::BuildIn(SqlNode node) {
   if (IsRow(node.Get("lexpr"))) return BuildRowIn(node);

@@ -59,28 +59,26 @@ class BitVector {
     return lhs.m_size == rhs.m_size && std::equal(lhs.Words(), lhs.Words() + lhs.NumWords(), rhs.Words());
   }
 
-  bool any() const { return std::any_of(Words(), Words() + NumWords(), [](Word word) { return word != 0; }); }
+  bool any() const {
+    return AnyWord(*this, [](Word word, Word) { return word; });
+  }
   bool none() const { return !any(); }
   /// The number of set bits.
   std::size_t count() const {
+    const Word* const pWords = Words();
+    const std::size_t numWords = NumWords();
     std::size_t bits = 0;
-    for (std::size_t i = 0; i < NumWords(); ++i) bits += static_cast<std::size_t>(std::popcount(Words()[i]));
+    for (std::size_t i = 0; i < numWords; ++i) bits += static_cast<std::size_t>(std::popcount(pWords[i]));
     return bits;
   }
 
   /// Whether some bit is set in both. Requires: one length.
   bool Intersects(const BitVector& rhs) const {
-    for (std::size_t i = 0; i < NumWords(); ++i) {
-      if ((Words()[i] & rhs.Words()[i]) != 0) return true;
-    }
-    return false;
+    return AnyWord(rhs, [](Word left, Word right) { return left & right; });
   }
   /// Whether every bit set here is set in rhs. Requires: one length.
   bool IsSubsetOf(const BitVector& rhs) const {
-    for (std::size_t i = 0; i < NumWords(); ++i) {
-      if ((Words()[i] & ~rhs.Words()[i]) != 0) return false;
-    }
-    return true;
+    return !AnyWord(rhs, [](Word left, Word right) { return left & ~right; });
   }
   /// Calls function(position) for each set bit, in ascending order.
   template <class Function>
@@ -120,6 +118,17 @@ class BitVector {
     std::swap(m_inline, rhs.m_inline);
   }
 
+  /// Whether function(left, right) is not zero for some word.
+  template <class Function>
+  bool AnyWord(const BitVector& rhs, Function function) const {
+    const Word* const pLeft = Words();
+    const Word* const pRight = rhs.Words();
+    const std::size_t numWords = NumWords();
+    for (std::size_t i = 0; i < numWords; ++i) {
+      if (function(pLeft[i], pRight[i]) != 0) return true;
+    }
+    return false;
+  }
   /// left = function(left, right) on the positions that both have.
   template <class Function>
   BitVector& Combine(const BitVector& rhs, Function function);
@@ -135,13 +144,15 @@ class BitVector {
 inline void BitVector::resize(std::size_t size, bool bValue) {
   const std::size_t oldSize = m_size;
   const std::size_t oldWords = NumWords();
-  Reserve(WordsFor(size));
+  const std::size_t newWords = WordsFor(size);
+  Reserve(newWords);
   m_size = static_cast<std::uint32_t>(size);
+  Word* const pWords = Words();
   if (size > oldSize) {
-    if (bValue && oldSize % kBitsPerWord != 0) Words()[oldWords - 1] |= ~TailMask(oldSize);
-    std::fill(Words() + oldWords, Words() + NumWords(), bValue ? ~Word{0} : Word{0});
+    if (bValue && oldSize % kBitsPerWord != 0) pWords[oldWords - 1] |= ~TailMask(oldSize);
+    std::fill(pWords + oldWords, pWords + newWords, bValue ? ~Word{0} : Word{0});
   }
-  if (size % kBitsPerWord != 0) Words()[NumWords() - 1] &= TailMask(size);
+  if (size % kBitsPerWord != 0) pWords[newWords - 1] &= TailMask(size);
 }
 
 inline void BitVector::Grow(std::size_t words) {

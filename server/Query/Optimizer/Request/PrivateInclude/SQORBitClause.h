@@ -11,8 +11,8 @@
 // and of nested clauses of the opposite kind. Comparing and merging clauses takes word operations and never looks at an
 // expression. A negated atom is an atom of its own: nothing here knows that p and not p exclude each other.
 //
-// All clauses of one conversion have one width, the number of atoms. A clause with nothing nested is flat; a normal form
-// is a clause whose nested clauses are flat.
+// All clauses of one conversion have one width, the number of atoms. A clause with nothing nested is flat; a normal
+// form is a clause whose nested clauses are flat.
 
 class BitClauseConjunction;
 class BitClauseDisjunction;

@@ -6,7 +6,8 @@
 #include "SQORBitClause.h"
 
 // The way back from clauses to conditions. The results are deep copies of the atoms, with their identities, and new
-// connectives. Atom i of the clause is literalExprs[i]; the vector must outlive the visitor. A visitor serves one clause.
+// connectives. Atom i of the clause is literalExprs[i]; the vector must outlive the visitor. A visitor serves one
+// clause.
 //
 // An atom that is always true is left out of a conjunction, and of nothing else.
 
@@ -34,9 +35,9 @@ class BitClauseToRqExprCond final : public BitClauseVisitor {
   RqExprVector m_conjuncts;
 };
 
-/// The terms of the clause at the top, each a tree of its own, in the order of the clause. TopClause is the kind of that
-/// clause. A nested clause of the other kind has its terms sorted, so that the same clause has the same text; one of the
-/// top's own kind deeper down keeps the order of its terms.
+/// The terms of the clause at the top, each a tree of its own, in the order of the clause. TopClause is the kind of
+/// that clause. A nested clause of the other kind has its terms sorted, so that the same clause has the same text; one
+/// of the top's own kind deeper down keeps the order of its terms.
 template <class TopClause>
 class BitClauseToTerms final : public BitClauseVisitor {
  public:

@@ -33,8 +33,8 @@ class Distribute final : public BitClauseVisitor {
   bool m_bConversionSuccess = true;
 };
 
-/// Turns a clause into a disjunction of flat conjunctions. It never refuses: whoever starts it knows the size. A visitor
-/// serves one clause.
+/// Turns a clause into a disjunction of flat conjunctions. It never refuses: whoever starts it knows the size. A
+/// visitor serves one clause.
 class DistributeDNF final : public BitClauseVisitor {
  public:
   void Visit(BitClauseDisjunction& clause) override;

@@ -8,8 +8,8 @@
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
 #include "SQORBitClause.h"
 
-/// The atom table: the bit of each distinct atom. Atoms that are one tree under the total order share a bit; a Not is an
-/// atom with a bit of its own, unrelated to that of what it negates. The atoms are lent.
+/// The atom table: the bit of each distinct atom. Atoms that are one tree under the total order share a bit; a Not is
+/// an atom with a bit of its own, unrelated to that of what it negates. The atoms are lent.
 using LiteralIndexMap =
     std::map<RqExprCond*, int, LessEquivalentRqExpr, KXNodeStdAlloc<std::pair<RqExprCond* const, int>>>;
 
@@ -72,7 +72,9 @@ class RqExprCondToBitClause final : public AVisitorRqExprCond {
 
   /// For an operand: shares the index of the visitor that meets it, and puts an atom right into that one's clause.
   RqExprCondToBitClause(const RqExprCondToBitClause& outer, BitClause& outerClause)
-      : m_literalIndexMap(outer.m_literalIndexMap), m_addressIndex(outer.m_addressIndex), m_pOuterClause(&outerClause) {}
+      : m_literalIndexMap(outer.m_literalIndexMap),
+        m_addressIndex(outer.m_addressIndex),
+        m_pOuterClause(&outerClause) {}
 
   int Width() const { return static_cast<int>(m_literalIndexMap.size()); }
   int FindBit(RqExprCond& atom) const;

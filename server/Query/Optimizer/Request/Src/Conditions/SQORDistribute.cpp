@@ -9,9 +9,9 @@
 
 namespace {
 
-// Both directions are one algorithm. Form is the kind of the normal form, and the kind that the terms of a clause of the
-// other kind have once each of them is distributed. Below, "and" and "or" are those of the conjunctive form; for the
-// disjunctive one they change places.
+// Both directions are one algorithm. Form is the kind of the normal form, and the kind that the terms of a clause of
+// the other kind have once each of them is distributed. Below, "and" and "or" are those of the conjunctive form; for
+// the disjunctive one they change places.
 template <class Form>
 using ClauseOf = typename Form::Nested;
 template <class Form>

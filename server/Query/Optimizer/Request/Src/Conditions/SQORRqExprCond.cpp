@@ -213,9 +213,10 @@ typename Traits::Connective* RqExprCondJunction<Traits>::InsertAtEnd(Connective*
     return pRoot;
   }
 
-  InsertAtEnd(static_cast<Connective*>(pRoot->GetRightCond()), pNewCond);
+  // The result is the right operand already: a rotation links it in through its parent.
+  const Connective* const pRight = InsertAtEnd(static_cast<Connective*>(pRoot->GetRightCond()), pNewCond);
   const std::int32_t leftHeight = SpineHeight<Traits>(pRoot->GetLeftCond());
-  const std::int32_t rightHeight = SpineHeight<Traits>(pRoot->GetRightCond());
+  const std::int32_t rightHeight = Traits::Height(*pRight);
   if (std::abs(rightHeight - leftHeight) < 2) {
     Traits::Height(*pRoot) = std::max(leftHeight, rightHeight) + 1;
     return pRoot;

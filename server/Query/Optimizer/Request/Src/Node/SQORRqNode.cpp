@@ -94,7 +94,7 @@ void RqNode::GetPtrMap(const RqNode& rhs, std::map<RqNode*, RqNode*>& childMap) 
   rhs.GetObjects(rhsNodes);
   GetObjects(lhsNodes);
   KX_ASSERT(lhsNodes.size() == rhsNodes.size());
-  for (auto pLhs = lhsNodes.begin(); RqNode* pRhs : rhsNodes) childMap.emplace(pRhs, *pLhs++);
+  for (auto pLhs = lhsNodes.begin(); RqNode * pRhs : rhsNodes) childMap.emplace(pRhs, *pLhs++);
 }
 
 bool RqNode::IsObjectType::operator()(const RqNode& node) const {

@@ -22,7 +22,9 @@ std::string_view GetRqNodeTypeName(RqNodeType_e type) {
 namespace {
 
 template <class Visitor, class Class>
-concept HasVisit = requires { static_cast<bool (Visitor::*)(Class&)>(&Visitor::Visit); };
+concept HasVisit = requires {
+  static_cast<bool (Visitor::*)(Class&)>(&Visitor::Visit);
+};
 
 // Each kind lands in an overload that the visitor has for exactly that class.
 #define CHECK_None(Class) true
@@ -42,22 +44,22 @@ struct Entry {
 };
 template <class Class>
 inline constexpr Entry kEntry{};
-#define INTERFACE_None 'x'
-#define INTERFACE_Node 'n'
-#define INTERFACE_Expr 'e'
-#define STATE_Stands true
-#define STATE_Declared false
+#define INTERFACE_None                                                'x'
+#define INTERFACE_Node                                                'n'
+#define INTERFACE_Expr                                                'e'
+#define STATE_Stands                                                  true
+#define STATE_Declared                                                false
 #define RQ_NODE_KIND(value, Class, state, interface, VisitedAs, made) RQ_NODE_ENTRY(Class, state, interface)
-#define RQ_NODE_UNNUMBERED(Class, state, interface) RQ_NODE_ENTRY(Class, state, interface)
+#define RQ_NODE_UNNUMBERED(Class, state, interface)                   RQ_NODE_ENTRY(Class, state, interface)
 #define RQ_NODE_ENTRY(Class, state, interface) \
   template <>                                  \
   inline constexpr Entry kEntry<Class>{INTERFACE_##interface, STATE_##state};
 #include "Query/Optimizer/Request/Node/SQORRqNodeTypes.def"
-#define RQ_VISIT(Class, body, state)                                                   \
+#define RQ_VISIT(Class, body, state)                                                     \
   static_assert(kEntry<Class>.interface == 'n', #Class " is no kind for node visitors"); \
   static_assert(kEntry<Class>.bStands == STATE_##state, #Class " has another state in the catalogue");
 #include "Query/Optimizer/Request/Node/SQORAVisitorRqNode.def"
-#define RQ_VISIT(Class, body, state)                                                         \
+#define RQ_VISIT(Class, body, state)                                                           \
   static_assert(kEntry<Class>.interface == 'e', #Class " is no kind for expression visitors"); \
   static_assert(kEntry<Class>.bStands == STATE_##state, #Class " has another state in the catalogue");
 #include "Query/Optimizer/Request/Node/SQORAVisitorRqExpr.def"

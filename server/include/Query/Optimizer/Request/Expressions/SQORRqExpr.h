@@ -14,8 +14,8 @@ class RqEquivalence;
 class RqShallowLessThan;
 
 /// A value, a condition or an aggregate of a request. Its operands are its child slots, named by an enumeration of each
-/// class. An expression holds no data type: the layers that use the tree work it out, and a class that must keep one has
-/// a field for it.
+/// class. An expression holds no data type: the layers that use the tree work it out, and a class that must keep one
+/// has a field for it.
 ///
 /// Two relations stand over all expressions and carry the optimizer's sets, sorts and look-ups: equivalence
 /// (IsEquivalent) and a total order (IsLessThan). Neither depends on identities, marks or addresses.
@@ -29,8 +29,8 @@ class RqExpr : public RqNode {
   virtual RqExpr* ShallowCopy() const = 0;
   /// Deletes what the slot holds and takes pNewOperand.
   virtual void SetIthOperand(int i, RqExpr* pNewOperand) { SetIthChild(i, pNewOperand); }
-  /// Takes the visitor through this expression and its operands, in pre-order. A cancellation point. Raises ErrorMessage
-  /// when the job is cancelled or the stack runs low.
+  /// Takes the visitor through this expression and its operands, in pre-order. A cancellation point. Raises
+  /// ErrorMessage when the job is cancelled or the stack runs low.
   virtual AVisitorRqExpr& TourExpr(AVisitorRqExpr& visitor);
   virtual bool IsColumnReference() const { return IsTargetColumn() || IsDerivedColumnReference() || IsAttribute(); }
   virtual bool IsDerivedColumnReference() const { return false; }
@@ -88,8 +88,8 @@ class RqExpr : public RqNode {
   /// Appends the leaves, left to right.
   static void FindSubExprs(RqExpr* pRoot, std::vector<const RqExpr*>& subExprs);
 
-  /// A type in a payload: the one-word name of its data type, then precision, scale and nullability. The type travels by
-  /// name, not by number.
+  /// A type in a payload: the one-word name of its data type, then precision, scale and nullability. The type travels
+  /// by name, not by number.
   static void ToByteVector_KXTypeInfo(ByteVector& bv, const KXTypeInfo& typeInfo);
   static const_iterator FromByteVector_KXTypeInfo(const_iterator start, KXTypeInfo& typeInfo);
 };
@@ -165,10 +165,10 @@ bool IsShallowLessThanByKey(const Class& lhs, const RqExpr& rhs, KeyFunction key
   return key(lhs) < key(static_cast<const Class&>(rhs));
 }
 
-/// RqNodeImpl for expressions: both copies, typed, and Accept of the expression visitor. Node visitors get Visit(RqExpr&)
-/// through RqExpr.
+/// RqNodeImpl for expressions: both copies, typed, and Accept of the expression visitor. Node visitors get
+/// Visit(RqExpr&) through RqExpr.
 template <class Derived, class Base, RqNodeType_e kKind>
-  requires std::is_base_of_v<RqExpr, Base>
+requires std::is_base_of_v<RqExpr, Base>
 class RqNodeImpl<Derived, Base, kKind> : public Base {
  public:
   static constexpr RqNodeType_e kObjectType = kKind;

@@ -17,8 +17,8 @@ class Heap {
   Heap(const Heap& rhs) noexcept : m_pObj(rhs.Release()) {}
   Heap(Heap&& rhs) noexcept : m_pObj(rhs.Release()) {}
   template <class U>
-    requires std::is_convertible_v<U*, T*>
-  Heap(Heap<U> rhs) noexcept : m_pObj(rhs.Release()) {}
+  requires std::is_convertible_v<U*, T*> Heap(Heap<U> rhs)
+  noexcept : m_pObj(rhs.Release()) {}
   ~Heap() { delete m_pObj; }
 
   Heap& operator=(const Heap& rhs) noexcept { return *this = rhs.Release(); }

@@ -17,8 +17,9 @@ class AVisitorRqNode;
 /// An object of a logical request. The tree of requests is the composite tree: operands of an expression, clauses of a
 /// block and children of a node are the same slots, and a node's parent frees it.
 ///
-/// Every class has a constructor (rhs, bNewIDs, bDeepCopy): bNewIDs draws new identities instead of keeping those of the
-/// source, bDeepCopy copies the children, and without it the copy has as many null slots. Children are never shared.
+/// Every class has a constructor (rhs, bNewIDs, bDeepCopy): bNewIDs draws new identities instead of keeping those of
+/// the source, bDeepCopy copies the children, and without it the copy has as many null slots. Children are never
+/// shared.
 ///
 /// A new node is detached, has a new identity and is marked for no target.
 class RqNode : public CompositeNode {

@@ -6,14 +6,14 @@
 
 // Every class of the catalogue, declared. Pointers and references to a class cost no more than this header.
 #define RQ_NODE_KIND(value, Class, state, interface, VisitedAs, made) class Class;
-#define RQ_NODE_UNNUMBERED(Class, state, interface) class Class;
+#define RQ_NODE_UNNUMBERED(Class, state, interface)                   class Class;
 #include "Query/Optimizer/Request/Node/SQORRqNodeTypes.def"
 
 /// The kind of a node. The enumerator of class RqX is kRqX; the value is the node's tag in the byte form and the first
 /// key of the order of expressions.
 enum RqNodeType_e : std::int32_t {
 #define RQ_NODE_KIND(value, Class, state, interface, VisitedAs, made) k##Class = value,
-#define RQ_NODE_MARKER(value, Name) k##Name = value,
+#define RQ_NODE_MARKER(value, Name)                                   k##Name = value,
 #include "Query/Optimizer/Request/Node/SQORRqNodeTypes.def"
 };
 

@@ -8,8 +8,8 @@
 // Searches by child slots. Trees that a node holds aside (Heap members) are not searched.
 // The recursive ones go as deep as the tree and have no stack check of their own.
 
-/// Appends the nodes that satisfy the predicate, in pre-order, or post-order if asked. A match does not end the descent,
-/// so matches may nest. A null root yields nothing.
+/// Appends the nodes that satisfy the predicate, in pre-order, or post-order if asked. A match does not end the
+/// descent, so matches may nest. A null root yields nothing.
 template <class Predicate>
 void FindNodes(RqNode* pRoot, const Predicate& predicate, std::list<RqNode*>& nodes, bool bPostOrder) {
   if (!pRoot) return;

@@ -25,7 +25,9 @@ class SmartRqNodePtr {
   SmartRqNodeContainer* operator->() const;  ///< The target must be there.
   SmartRqNodeContainer* Get() const { return m_pRqNode; }
 
-  friend bool operator==(const SmartRqNodePtr& lhs, const SmartRqNodePtr& rhs) { return lhs.m_pRqNode == rhs.m_pRqNode; }
+  friend bool operator==(const SmartRqNodePtr& lhs, const SmartRqNodePtr& rhs) {
+    return lhs.m_pRqNode == rhs.m_pRqNode;
+  }
   friend bool operator<(const SmartRqNodePtr& lhs, const SmartRqNodePtr& rhs) {
     return std::less<>{}(lhs.m_pRqNode, rhs.m_pRqNode);
   }
@@ -37,8 +39,7 @@ class SmartRqNodePtr {
   mutable SmartRqNodeContainer* m_pRqNode = nullptr;
 };
 
-using SmartRqNodePtrSet =
-    std::set<SmartRqNodePtr*, std::less<SmartRqNodePtr*>, KXNodeStdAlloc<SmartRqNodePtr*>>;
+using SmartRqNodePtrSet = std::set<SmartRqNodePtr*, std::less<SmartRqNodePtr*>, KXNodeStdAlloc<SmartRqNodePtr*>>;
 
 /// Mix-in of nodes that others point at without owning them. A copy starts with no pointers aimed at it.
 class SmartRqNodeContainer : public memalloc::MemAllocNewdel {

@@ -125,9 +125,9 @@ class CompositeNode : public PartialNodeImpl {
     return m_children[static_cast<std::uint32_t>(i)];
   }
 
-  /// Deletes what the slot holds and takes pNewChild, which may be null. The node it already holds is left alone. A node
-  /// that stands in a later slot of this very parent ends up in that later slot: the lower one is the first to be found
-  /// when it is detached.
+  /// Deletes what the slot holds and takes pNewChild, which may be null. The node it already holds is left alone. A
+  /// node that stands in a later slot of this very parent ends up in that later slot: the lower one is the first to be
+  /// found when it is detached.
   void SetIthChild(int i, CompositeNode* pNewChild);
   /// Hands the child to the caller; the slot stays, null. The index is not checked.
   CompositeNode* ReleaseIthChild(int i);
@@ -154,7 +154,8 @@ class CompositeNode : public PartialNodeImpl {
 
  private:
   void AssertInRange(int i) const {
-    if (static_cast<std::uint32_t>(i) >= m_children.Size()) [[unlikely]] FailRange();
+    if (static_cast<std::uint32_t>(i) >= m_children.Size()) [[unlikely]]
+      FailRange();
   }
   [[noreturn]] static void FailRange();
   void Dismantle();
