@@ -205,40 +205,24 @@ std::string CallText(const RqExpr& expr) {
 OwnedRqExprCondPtr ParseCond(const std::string& text) { return OwnedRqExprCondPtr(Parser(text).ParseAll()); }
 
 std::string CondText(const RqExpr* pExpr) {
+  static const std::map<RqNodeType_e, const char*> kOperators = {
+      {kRqExprCondEquality, "="},   {kRqExprCondNotEqual, "<>"}, {kRqExprCondLess, "<"},
+      {kRqExprCondLessEqual, "<="}, {kRqExprCondGreater, ">"},   {kRqExprCondGreaterEqual, ">="}};
   if (!pExpr) return "-";
   const RqExpr& expr = *pExpr;
-  const auto comparison = [&expr](const char* op) {
-    return CondText(expr.GetIthOperand(0)) + op + CondText(expr.GetIthOperand(1));
-  };
-  switch (expr.GetObjectType()) {
-    case kRqTargetColumn:
-      return static_cast<const RqTargetColumn&>(expr).GetColumnName(nullptr).ToUTF8();
-    case kRqExprIntegerLiteral:
-      return std::to_string(static_cast<const RqExprIntegerLiteral&>(expr).GetValue());
-    case kRqExprNullLiteral:
-      return "null";
-    case kRqExprParam:
-      return "?" + std::to_string(static_cast<const RqExprParam&>(expr).GetParamNumber());
-    case kRqExprColumnList:
-      return OperandTexts(expr, expr.GetNumOperands() > 0 && expr.GetIthOperand(0)->IsMultiExpr() ? ";" : ",");
-    case kRqExprCondEquality:
-      return comparison(static_cast<const RqExprCondEquality&>(expr).AreNullsEqual() ? "==" : "=");
-    case kRqExprCondNotEqual:
-      return comparison("<>");
-    case kRqExprCondLess:
-      return comparison("<");
-    case kRqExprCondLessEqual:
-      return comparison("<=");
-    case kRqExprCondGreater:
-      return comparison(">");
-    case kRqExprCondGreaterEqual:
-      return comparison(">=");
-    case kRqExprCondAnd:
-    case kRqExprCondOr:
-      return ChainText(expr, expr.GetObjectType());
-    case kRqExprCondNot:
-      return NotText(*expr.GetIthOperand(0));
-    default:
-      return CallText(expr);
+  const RqNodeType_e type = expr.GetObjectType();
+  if (const auto op = kOperators.find(type); op != kOperators.end()) {
+    const bool bNullsToo = type == kRqExprCondEquality && static_cast<const RqExprCondEquality&>(expr).AreNullsEqual();
+    return CondText(expr.GetIthOperand(0)) + (bNullsToo ? "==" : op->second) + CondText(expr.GetIthOperand(1));
   }
+  if (type == kRqTargetColumn) return static_cast<const RqTargetColumn&>(expr).GetColumnName(nullptr).ToUTF8();
+  if (type == kRqExprIntegerLiteral) return std::to_string(static_cast<const RqExprIntegerLiteral&>(expr).GetValue());
+  if (type == kRqExprNullLiteral) return "null";
+  if (type == kRqExprParam) return "?" + std::to_string(static_cast<const RqExprParam&>(expr).GetParamNumber());
+  if (type == kRqExprColumnList) {
+    return OperandTexts(expr, expr.GetNumOperands() > 0 && expr.GetIthOperand(0)->IsMultiExpr() ? ";" : ",");
+  }
+  if (type == kRqExprCondAnd || type == kRqExprCondOr) return ChainText(expr, type);
+  if (type == kRqExprCondNot) return NotText(*expr.GetIthOperand(0));
+  return CallText(expr);
 }

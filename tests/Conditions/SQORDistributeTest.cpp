@@ -300,6 +300,8 @@ TEST(DistributeTest, ADisjunctionIsMultipliedOut) {
       {"[a(bc)]", "a(bc)"},
       {"abc", "(abc)"},
       {"c[ab]", "(ac)(bc)"},
+      {"ab[cd]", "(abc)(abd)"},
+      {"ab[ac]", "(ab)"},
       {"[ab][cd]", "(ac)(bc)(ad)(bd)"},
       {"[ab][ac]", "a(bc)"},
       {"a[ab]", "a"},

@@ -166,11 +166,22 @@ TEST(NormalFormTest, EachConditionHasTheFormsOfTheTableAndKeepsItsMeaning) {
   }
 }
 
-TEST(NormalFormTest, WantedAnOrLosesAnOperandThatIsNothingButTrueAtoms) {
-  const OwnedRqExprCondPtr cond = ParseCond("a=1 | (1=1 & 2=2)");
-  const Forms forms = Convert(*cond);
-  EXPECT_EQ(CondTexts(forms.conjuncts), "a=1");
-  EXPECT_EQ(CondTexts(forms.disjuncts), "a=1");
+TEST(NormalFormTest, WantedLossesOfMeaning) {
+  struct {
+    std::string input, conjuncts, disjuncts;
+  } const rows[] = {
+      // An Or loses an operand that is nothing but true atoms.
+      {"a=1 | (1=1 & 2=2)", "a=1", "a=1"},
+      // The order does not tell a predicate of the target from its negation, so both are the atom that comes first.
+      {"Pred(a) & (b=1 | NotPred(a))", "NotPred(a)", "NotPred(a)"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.input);
+    const OwnedRqExprCondPtr cond = ParseCond(row.input);
+    const Forms forms = Convert(*cond);
+    EXPECT_EQ(CondTexts(forms.conjuncts), row.conjuncts);
+    EXPECT_EQ(CondTexts(forms.disjuncts), row.disjuncts);
+  }
 }
 
 TEST(NormalFormTest, ListsStayWholeWhereAskedFor) {

@@ -35,12 +35,12 @@ const_iterator ExpectNext(const_iterator cursor, const Values&... values) {
 }
 
 TEST(DataBlobUtil, FormsAreFixed) {
-  const ByteVector expected = {1, 0x02, 0x01, 0xfe, 0xff, 0xff, 0xff, 8,   7,    6,    5, 4, 3,    2, 1, 0, 0, 0,
-                               0, 0,    0,    0xf0, 0x3f, 0,    0,    0,   0,    0,    0, 0, 0x80, 7, 0, 0, 0, 0,
-                               0, 0xf8, 0x7f, 3,    0,    0,    0,    'a', 0xc3, 0xa9, 2, 0, 0,    0, 7, 0, 8, 0};
-  EXPECT_EQ(FormOf(true, std::uint16_t{0x0102}, std::int32_t{-2}, std::uint64_t{0x0102030405060708}, 1.0, -0.0,
-                   std::nan("7"), KXString(L"a\u00e9"), UInt16Vector{7, 8}),
-            expected);
+  EXPECT_EQ(FormOf(true, std::uint16_t{0x0102}, std::int32_t{-2}), (ByteVector{1, 0x02, 0x01, 0xfe, 0xff, 0xff, 0xff}));
+  EXPECT_EQ(FormOf(std::uint64_t{0x0102030405060708}), (ByteVector{8, 7, 6, 5, 4, 3, 2, 1}));
+  EXPECT_EQ(FormOf(1.0, -0.0), (ByteVector{0, 0, 0, 0, 0, 0, 0xf0, 0x3f, 0, 0, 0, 0, 0, 0, 0, 0x80}));
+  EXPECT_EQ(FormOf(std::nan("7")), (ByteVector{7, 0, 0, 0, 0, 0, 0xf8, 0x7f}));
+  EXPECT_EQ(FormOf(KXString(L"a\u00e9")), (ByteVector{3, 0, 0, 0, 'a', 0xc3, 0xa9}));
+  EXPECT_EQ(FormOf(UInt16Vector{7, 8}), (ByteVector{2, 0, 0, 0, 7, 0, 8, 0}));
   int object = 0;
   void* pRead = nullptr;
   DataBlobUtil::FromByteVector(FormOf(static_cast<const void*>(&object)).data(), pRead);

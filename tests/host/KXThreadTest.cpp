@@ -92,7 +92,7 @@ INSTANTIATE_TEST_SUITE_P(Stacks, LowStackCheck,
                          [](const auto& info) { return std::to_string(info.param >> 10) + "KiB"; });
 
 TEST(LowStackCheckTest, KeepsMoreBytesFreeIfAsked) {
-  constexpr std::size_t kStack = std::size_t{2} << 20;
+  constexpr std::size_t kStack = std::size_t{16} << 20;
   Recursion plain;
   Recursion careful;
   RunOnStack(kStack, [&] {

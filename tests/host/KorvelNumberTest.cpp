@@ -98,7 +98,7 @@ std::pair<std::string, std::pair<int, std::string>> Draw(std::mt19937& random) {
 TEST(KorvelNumber, ComparesAsBigIntegersDo) {
   std::mt19937 random(20240229);
   int numEqual = 0;
-  for (int i = 0; i < 50000; ++i) {
+  for (int i = 0; i < 20000; ++i) {
     const auto [aText, aOrder] = Draw(random);
     const auto [bText, bOrder] = Draw(random);
     SCOPED_TRACE(aText + ' ' + bText);
@@ -110,7 +110,7 @@ TEST(KorvelNumber, ComparesAsBigIntegersDo) {
     ASSERT_NO_FATAL_FAILURE(ExpectReadsBack(a));
     numEqual += a == b;
   }
-  EXPECT_GT(numEqual, 100);
+  EXPECT_GT(numEqual, 50);
 }
 
 TEST(KorvelNumber, FormatsRound) {

@@ -86,7 +86,6 @@ class ConjunctionSet {
   const_iterator end() const { return m_conjunctions.end(); }
   std::size_t size() const { return m_conjunctions.size(); }
   bool empty() const { return m_conjunctions.empty(); }
-  void reserve(std::size_t size) { m_conjunctions.reserve(size); }
 
  private:
   void CopyFrom(const ConjunctionSet& rhs);

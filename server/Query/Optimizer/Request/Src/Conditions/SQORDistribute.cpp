@@ -164,23 +164,37 @@ bool JoinTerms(const Form& source, Form& form) {
   return true;
 }
 
-/// The distinct terms of a clause, each distributed by itself, the nested ones first; false if one is refused. A clause
-/// of atoms alone has none.
+/// The distinct nested terms of a clause, each distributed by itself; false if one is refused.
 template <class Form>
-bool GatherTerms(const ClauseOf<Form>& source, TermSetOf<Form>& terms) {
+bool GatherNestedTerms(const ClauseOf<Form>& source, TermSetOf<Form>& terms) {
   for (const auto& element : source.GetNested()) {
     Form term(0);
     if (!JoinTerms(Clause(element), term)) return false;
     if (std::any_of(terms.begin(), terms.end(), [&term](auto& other) { return Clause(other) == term; })) continue;
     PushBack(terms, std::move(term));
   }
-  if (terms.empty()) return true;
-  source.GetLiterals().ForEachSetBit([&](std::size_t i) {
-    Form term(static_cast<int>(source.GetLiterals().size()));
+  return true;
+}
+
+/// Appends each of the atoms as a term of its own.
+template <class Form>
+void AppendAtoms(const BitVector& literals, TermSetOf<Form>& terms) {
+  literals.ForEachSetBit([&](std::size_t i) {
+    Form term(static_cast<int>(literals.size()));
     term.GetLiterals().set(i);
     PushBack(terms, std::move(term));
   });
-  return true;
+}
+
+/// (A and B) or (A and C)  =>  form gets A, and terms become B, C. Gives whether that is all.
+template <class Form>
+bool FactorOut(TermSetOf<Form>& terms, Form& form) {
+  Form common(0);
+  TermSetOf<Form> remainder;
+  if (!FactorCommon(terms, common, remainder)) return false;
+  AddPart(common, form);
+  terms = std::move(remainder);
+  return terms.empty();
 }
 
 /// Whether the number of terms speaks against multiplying them out.
@@ -204,7 +218,8 @@ bool MultiplyOut(const ClauseOf<Form>& source, bool bForce, Form& form) {
   const BitVector& literals = source.GetLiterals();
   form.GetLiterals().resize(literals.size());
   form.GetLiterals().reset();
-  if (literals.count() + source.GetNested().size() < 2) {
+  const std::size_t numAtoms = literals.count();
+  if (numAtoms + source.GetNested().size() < 2) {
     form.GetLiterals() |= literals;
     for (const auto& element : source.GetNested()) {
       Form part(0);
@@ -215,22 +230,23 @@ bool MultiplyOut(const ClauseOf<Form>& source, bool bForce, Form& form) {
   }
 
   TermSetOf<Form> terms;
-  if (!GatherTerms<Form>(source, terms)) return false;
+  if (!GatherNestedTerms<Form>(source, terms)) return false;
   if (terms.empty()) {
     PushBack(form.GetNested(), ClauseOf<Form>(literals));
     return true;
   }
 
-  Form common(0);
-  TermSetOf<Form> remainder;
-  if (FactorCommon(terms, common, remainder)) {
-    AddPart(common, form);
-    if (remainder.empty()) return true;
-    terms = std::move(remainder);
+  // Two different atoms have nothing in common. And every clause starts with the atoms, so as terms they add nothing: a
+  // list of thousands of atoms beside one And must not cost its square.
+  const bool bAtomsAreTerms = numAtoms < 2;
+  if (bAtomsAreTerms) {
+    AppendAtoms<Form>(literals, terms);
+    if (FactorOut(terms, form)) return true;
   }
 
   if constexpr (std::is_same_v<Form, BitClauseConjunction>) {
     if (!bForce && AreTooManyTerms(terms)) {
+      if (!bAtomsAreTerms) AppendAtoms<Form>(literals, terms);
       PushBack(form.GetNested(), BitClauseDisjunction(literals, terms));
       return false;
     }
