@@ -6,7 +6,7 @@
 
 /// A figure that means something only beside another: benchmarks of one run set against each other.
 ///
-/// The value of a benchmark is its time an item in nanoseconds, the median over the repetitions; a counter of it is
+/// The value of a benchmark is its time an item in nanoseconds, the best of the repetitions; a counter of it is
 /// named "benchmark:counter". A baseline is a sum of such values, each with its factor.
 struct Ratio {
   std::string what;

@@ -6,6 +6,8 @@ function(rq_compile_options target)
     # GCC 12 sees overlapping copies in std::string's operator+ that are not there.
     $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>
     -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=
+    # The allocator and the host layer are called across libraries for every node.
+    -fno-plt
     $<$<CXX_COMPILER_ID:GNU>:-fno-semantic-interposition>)
   if(RQ_SANITIZE)
     target_compile_options(${target} PRIVATE -fsanitize=${RQ_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -24,12 +24,10 @@ Value Field(KXDataType type, const Record& record, bool bUnicode = false) {
   return Value(type, std::move(bytes), 0, bUnicode);
 }
 
-using Equals = std::vector<Value>;
-
 /// Each group of equal values below the next one.
-void ExpectAscending(const std::vector<Equals>& groups) {
+void ExpectAscending(const std::vector<std::vector<Value>>& groups) {
   std::vector<std::pair<std::size_t, Value>> values;
-  for (const Equals& group : groups) {
+  for (const auto& group : groups) {
     for (const Value& value : group) values.emplace_back(&group - groups.data(), value);
   }
   for (const auto& [a, left] : values) {
@@ -93,8 +91,8 @@ TEST(TypedFieldValue, NothingIsConcludedFromValuesThatDoNotCompare) {
   const Value null(KXInt4Data, {0, 0, 0, 0, 1}, 4, false);
   ExpectUnordered(Value(std::nan(""), false), Raw(KXObjectData, {1}), Decimal(L"0"), Value(L"01", false),
                   Value(KXDate(2020, 1, 1), false), Value(KXTime(1, 0, 0), false),
-                  Value(kxdatetime::kCurrentDate, false), Value(kxdatetime::kCurrentDateTime, false),
-                  Raw(KXBinaryData, {1}), Value(), null);
+                  Value(kxdatetime::kCurrentTime, false), Value(kxdatetime::kCurrentDate, false),
+                  Value(kxdatetime::kCurrentDateTime, false), Raw(KXBinaryData, {1}), Value(), null);
 }
 
 template <class... Values>
