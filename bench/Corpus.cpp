@@ -33,7 +33,7 @@ class Generator {
   CorpusEntry Make() {
     m_atomsLeft = Uniform(6, 14);
     CorpusEntry entry;
-    entry.condition = MakeLevel(entry.masks, Uniform(0, 1) == 0 ? MaskTree::Kind::kAnd : MaskTree::Kind::kOr, 0);
+    entry.condition = MakeLevel(entry.masks, Uniform(0, 3) == 0 ? MaskTree::Kind::kAnd : MaskTree::Kind::kOr, 0);
     return entry;
   }
 

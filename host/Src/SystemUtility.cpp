@@ -33,7 +33,11 @@ void SystemUtility::GetTimeOfDay(unsigned& seconds, int& microseconds) {
 }
 
 bool SystemUtility::Getenv(const KXString& name, KXString& value) {
-  const char* const text = std::getenv(name.ToUTF8().c_str());
+  return Getenv(name.ToUTF8().c_str(), value);
+}
+
+bool SystemUtility::Getenv(const char* name, KXString& value) {
+  const char* const text = std::getenv(name);
   if (!text) return false;
   value = KXString::FromUTF8(text);
   return true;

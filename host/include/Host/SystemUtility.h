@@ -20,6 +20,8 @@ class SystemUtility {
   /// Reads the process environment anew at each call. Gives false and leaves `value` as it was if the variable is not
   /// set. The environment must not be changed by another thread meanwhile.
   static bool Getenv(const KXString& name, KXString& value);
+  /// The same for a name in the encoding of the environment, for those who ask often.
+  static bool Getenv(const char* name, KXString& value);
 
   /// A pseudo-random number from 0 to RAND_MAX, from a sequence of the running thread's own.
   static int KXRand_to_rand_r();

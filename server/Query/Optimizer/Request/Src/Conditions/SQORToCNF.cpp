@@ -19,12 +19,12 @@ namespace {
 // Limits
 
 struct Setting {
-  KXString m_name;
+  const char* m_name;
   unsigned m_default;
 };
-const Setting kCnfComplexityLimit{L"TELMA_CNF_COMPLEXITY_LIMIT", 512};
-const Setting kCnfUniqueConditionLimit{L"TELM_CNF_UNIQUE_CONDITION_LIMIT", 16};
-const Setting kDnfComplexityLimit{L"TELMA_DNF_COMPLEXITY_LIMIT", 1024};
+constexpr Setting kCnfComplexityLimit{"TELMA_CNF_COMPLEXITY_LIMIT", 512};
+constexpr Setting kCnfUniqueConditionLimit{"TELM_CNF_UNIQUE_CONDITION_LIMIT", 16};
+constexpr Setting kDnfComplexityLimit{"TELMA_DNF_COMPLEXITY_LIMIT", 1024};
 
 unsigned ReadSetting(const Setting& setting) {
   KXString value;

@@ -63,6 +63,10 @@ bool RqExpr::IsLessThan(const RqExpr& rhs, const RqShallowLessThan& shallowLessT
 
 bool RqExpr::IsDeepLessThan(const RqExpr& rhs, const RqShallowLessThan& shallowLessThanPred, bool& bEquivalent) const {
   bEquivalent = false;
+  // Every rule orders nodes of two kinds by the number of the kind, except that one may say otherwise of aggregates.
+  const RqNodeType_e type = GetObjectType();
+  const RqNodeType_e rhsType = rhs.GetObjectType();
+  if (type != rhsType && !(IsAggr() && rhs.IsAggr())) return type < rhsType;
   if (shallowLessThanPred(*this, rhs)) return true;
   if (shallowLessThanPred(rhs, *this)) return false;
 

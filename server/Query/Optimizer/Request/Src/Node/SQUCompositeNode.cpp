@@ -75,7 +75,7 @@ CompositeNode* CompositeNode::ReleaseIthChild(int i) {
 }
 
 void CompositeNode::AddChild(CompositeNode* pNewChild) {
-  if (pNewChild) pNewChild->ReleaseFromParent();
+  if (pNewChild && pNewChild->m_pParent) pNewChild->ReleaseFromParent();
   m_children.PushBack(pNewChild);
   if (pNewChild) pNewChild->m_pParent = this;
 }
