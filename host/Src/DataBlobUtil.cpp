@@ -95,10 +95,12 @@ std::uint32_t CrcUtil::GenerateCRC32(const std::uint8_t* pData, int nLength) {
   return ~crc;
 }
 
-thread_local constinit BoundedRead::Bounds BoundedRead::t_bounds{0, UINTPTR_MAX};
+thread_local constinit BoundedRead::Bounds BoundedRead::t_bounds{0, UINTPTR_MAX, nullptr};
 
-BoundedRead::BoundedRead(const_iterator begin, const_iterator end)
-    : m_bounds{reinterpret_cast<std::uintptr_t>(begin), reinterpret_cast<std::uintptr_t>(end)}, m_outer(t_bounds) {
+BoundedRead::BoundedRead(const_iterator begin, const_iterator end, const Limits& limits)
+    : m_bounds{reinterpret_cast<std::uintptr_t>(begin), reinterpret_cast<std::uintptr_t>(end), this},
+      m_outer(t_bounds),
+      m_limits(limits) {
   KX_ASSERT(m_bounds.m_begin <= m_bounds.m_end);
   t_bounds = m_bounds;
 }
@@ -110,6 +112,30 @@ void BoundedRead::RequireAtEnd(const_iterator cursor) const {
   if (address == m_bounds.m_end) return;
   KX_RAISE(kMsgBytesLeftOver, BaseStringUtil::StringFrom(address - m_bounds.m_begin),
            BaseStringUtil::StringFrom(m_bounds.m_end - m_bounds.m_begin));
+}
+
+KXString BoundedRead::GetOffset(const_iterator cursor) const {
+  return BaseStringUtil::StringFrom(reinterpret_cast<std::uintptr_t>(cursor) - m_bounds.m_begin);
+}
+
+void BoundedRead::Enter(const_iterator cursor) {
+  if (m_nesting == m_limits.m_maxNesting) {
+    KX_RAISE(kMsgBytesNestTooDeeply, BaseStringUtil::StringFrom(m_limits.m_maxNesting), GetOffset(cursor));
+  }
+  if (m_objects == m_limits.m_maxObjects) {
+    KX_RAISE(kMsgBytesHoldTooMuch, BaseStringUtil::StringFrom(m_limits.m_maxObjects), GetOffset(cursor));
+  }
+  ++m_nesting;
+  ++m_objects;
+}
+
+void DataBlobUtil::RaiseMalformed(const_iterator start, const wchar_t* what) {
+  const BoundedRead* const pScope = BoundedRead::Current();
+  KX_RAISE(kMsgBytesMalformed, what, pScope ? pScope->GetOffset(start) : KXString(L"unknown"));
+}
+
+void DataBlobUtil::RaiseMalformedIfBounded(const_iterator start, const wchar_t* what) {
+  if (BoundedRead::Current()) RaiseMalformed(start, what);
 }
 
 void DataBlobUtil::RaiseOverrun(const_iterator start, std::uint64_t nBytes) {

@@ -294,5 +294,5 @@ const_iterator KorvelNumber::FromByteVector(const_iterator start) {
       return start + size;
     }
   }
-  KX_RAISE(kMsgBytesMalformed, L"number");
+  DataBlobUtil::RaiseMalformed(start, L"number");
 }

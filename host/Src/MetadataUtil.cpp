@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "Host/ARpGateway.h"
+#include "Host/AbstractListQuerySpec.h"
 #include "Host/BaseStringUtil.h"
 #include "Host/KXAssert.h"
 
@@ -14,6 +15,10 @@ KXString MetadataUtil::GenerateQualifiedName(const RefARpObject& object) {
     text.append(L'"').append(BaseStringUtil::EscapeCharacter(name, L'"', L'"')).append(L'"');
   }
   return text;
+}
+
+KXString MetadataUtil::ToSQLStatement(const AbstractListQuerySpec& spec, ARpGateway* pRp) {
+  return spec.ToSQLStatement(pRp);
 }
 
 bool MetadataUtil::IsSessionVariablePopulated(ARpGateway* pRp, const KXStringPair& variable) {

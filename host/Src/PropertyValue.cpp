@@ -115,6 +115,7 @@ void PropertyValue::ToByteVector(ByteVector& bv) const {
 }
 
 const_iterator PropertyValue::FromByteVector(const_iterator start, PropertyValue*& pValue) {
+  const const_iterator typeStart = start;
   std::uint8_t type;
   start = DataBlobUtil::FromByteVector(start, type);
   switch (type) {
@@ -135,7 +136,7 @@ const_iterator PropertyValue::FromByteVector(const_iterator start, PropertyValue
     case Number:
       return ReadValue<PropertyValueNumber, KorvelNumber>(start, pValue);
   }
-  KX_RAISE(kMsgBytesMalformed, L"property value");
+  DataBlobUtil::RaiseMalformed(typeStart, L"property value");
 }
 
 KXString PropertyValueInteger::StringFrom() const { return ScalarConversion::ToText(ScalarOf(*this)); }

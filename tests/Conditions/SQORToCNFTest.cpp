@@ -184,6 +184,25 @@ TEST(NormalFormTest, WantedLossesOfMeaning) {
   }
 }
 
+TEST(NormalFormTest, AtomsThatHaveNoStrictOrderAreFoundAndSorted) {
+  // Of two outer join filters each may be less than the other.
+  std::mt19937 random(20);
+  for (int round = 0; round < 50; ++round) {
+    SCOPED_TRACE(round);
+    OwnedRqExprCondPtr cond;
+    for (int i = 0; i < 80; ++i) {
+      const OwnedRqExprCondPtr inner = ParseCond(std::string("a") + "=<>"[random() % 3] + std::to_string(random() % 5));
+      const auto joinType = static_cast<SqlTableRef::JoinType>(random() % 5);
+      OwnedRqExprCondPtr filter(new RqExprCondOuterJoinFilter(inner->DeepExprCopy(false), joinType));
+      cond = RqExprCondOr::Concatenate(cond.Release(), new RqExprCondNot(filter.Release()));
+    }
+    const Forms forms = Convert(*cond);
+    EXPECT_EQ(FirstDifference(*cond, forms.cnf.Get(), true), "");
+    EXPECT_EQ(FirstDifference(*cond, forms.ownedConjuncts, true, true), "");
+    EXPECT_EQ(FirstDifference(*cond, forms.disjuncts, false, true), "");
+  }
+}
+
 TEST(NormalFormTest, ListsStayWholeWhereAskedFor) {
   const OwnedRqExprCondPtr cond = ParseCond("(In(a,1,2) & b=1) | In(c,1,2)");
   const Forms forms = Convert(*cond, false);

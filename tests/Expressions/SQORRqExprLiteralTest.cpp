@@ -401,17 +401,32 @@ TEST(LiteralPools, AGuardLetsGoOfWhatItHeld) {
   IntegerPool pool;
   Owner owner;
   const RqExprLiteral* const pFirst = pool.Make(owner, kSetValue, 1);
-  EXPECT_EQ(pool.Make(owner, kSetValue, 2), pFirst) << "it went back before the next was taken";
+  const RqExprLiteral* const pSecond = pool.Make(owner, kSetValue, 2);
+  EXPECT_EQ(pool.Make(owner, kSetValue, 3), pFirst) << "it went back once the second was held";
 
   const std::unique_ptr<RqExprLiteral> pReleased(owner.ReleaseOwnership());
   EXPECT_EQ(pReleased.get(), pFirst);
   EXPECT_FALSE(owner);
-  EXPECT_EQ(pool.GetPoolSize(), 0u) << "the pool no longer counts on it";
+  EXPECT_EQ(pool.GetPoolSize(), 1u) << "the pool counts on the second alone";
+  EXPECT_EQ(pool.Make(owner, kSetValue, 4), pSecond);
 
   auto* const pUnpooled = new RqExprNullLiteral();
   owner.GiveOwnership(nullptr, pUnpooled);
   EXPECT_EQ(owner.Get(), pUnpooled);
   EXPECT_FALSE(owner.IsPooled());
+}
+
+TEST(LiteralPools, TakeAValueFromTheLiteralThatTheGuardHeld) {
+  TypedObjPool<RqExprStringLiteral> pool;
+  const auto setString = [](RqExprStringLiteral& literal, const KXString& value) { literal.SetString(value); };
+  const KXString text(L"a text of its own");
+  std::vector<Owner> owners(101);
+  for (Owner& owner : owners) (void)pool.Make(owner, setString, text);
+  for (Owner& owner : {std::ref(owners.front()), std::ref(owners.back())}) {
+    SCOPED_TRACE(owner.IsPooled() ? "pooled" : "deleted");
+    const KXString& held = static_cast<const RqExprStringLiteral&>(*owner).GetString();
+    EXPECT_EQ(pool.Make(owner, setString, held)->GetString(), text);
+  }
 }
 
 TEST(LiteralPools, AreTakenInTurn) {

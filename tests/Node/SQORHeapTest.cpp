@@ -78,8 +78,12 @@ TEST_F(HeapTest, VectorDeletesItsElements) {
     things.push_back(new Thing(2));
     things = std::move(moved);
     EXPECT_THAT(s_deleted, ElementsAre(2));
+    moved.push_back(new Thing(3));
+    DeletePtrCollection(moved);
+    EXPECT_THAT(moved, IsEmpty());
+    EXPECT_THAT(s_deleted, ElementsAre(2, 3));
   }
-  EXPECT_THAT(s_deleted, ElementsAre(2, 1));
+  EXPECT_THAT(s_deleted, ElementsAre(2, 3, 1));
 }
 
 TEST_F(HeapTest, SetDeletesItsElements) {

@@ -11,6 +11,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "Conditions/SubquerySamples.h"
 #include "Expressions/ExprSamples.h"
 #include "Host/ErrorMessage.h"
 #include "Host/KXThread.h"
@@ -20,7 +21,9 @@
 #include "Query/Optimizer/Request/Blocks/SQORRqAbstractTable.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCondHierarchy.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCondQuantified.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCondSpecial.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprSubquery.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprDimension.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprParam.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprSessionVar.h"
@@ -108,6 +111,12 @@ RqExpr* AncestorOfSource() {
   auto* const pCond = new RqExprIsAncestor(Param(1), Param(2), Int(2), false);
   pCond->SetLTSVoidID(VoidID(kTIDALogicalTable, 7u));
   return pCond;
+}
+
+RqExpr* ShippableSubquery() {
+  auto* const pSubquery = PhysicalSubquery(L"RqList q");
+  pSubquery->SetShippableTargets({VoidID(kTIDADatabase, 1u), VoidID(kTIDADatabase, 2u)});
+  return pSubquery;
 }
 
 RqExpr* AllMembers(RqExprLevel* pLevel) {
@@ -213,6 +222,23 @@ std::vector<Sample> RqDumpoutTest::Samples() {
       {Negated(Evaluate()), "not Evaluate_Predicate( 'f('%1', %2)', 1, 2) ",
        "not Evaluate_Predicate( 'f(''%1'', %2)', 1, 2) "},
       {Make<RqExprEvaluatePredicate>({}), "Evaluate_Predicate( '') "},
+      // Subqueries and the conditions over them
+      {LogicalSubquery(L"SELECT 1"), "SELECT 1"},
+      {PhysicalSubquery(L"RqList q"), "Subquery(RqList q)"},
+      {ShippableSubquery(), "Subquery(RqList q, Number of pushable sources: 2)"},
+      {PersistSubquery(L"q"), "select C1 from TT", "select \"C1\" from \"TT\""},
+      {new RqExprCondIn(Param(1), LogicalSubquery(L"SELECT 1"), false), "?1 in (SELECT 1)"},
+      {new RqExprCondAnyLessThan(Param(1), LogicalSubquery(L"SELECT 1")), "?1 <ANY (SELECT 1)"},
+      {new RqExprCondAnyLessEqual(Param(1), LogicalSubquery(L"SELECT 1")), "?1 <=ANY (SELECT 1)"},
+      {new RqExprCondAnyGreaterThan(Param(1), LogicalSubquery(L"SELECT 1")), "?1 >ANY (SELECT 1)"},
+      {new RqExprCondAnyGreaterEqual(Param(1), LogicalSubquery(L"SELECT 1")), "?1 >=ANY (SELECT 1)"},
+      {new RqExprCondAnyNotEqual(Param(1), LogicalSubquery(L"SELECT 1")), "?1 <>ANY (SELECT 1)"},
+      {new RqExprCondAllLessThan(Param(1), LogicalSubquery(L"SELECT 1")), "?1 <ALL (SELECT 1)"},
+      {new RqExprCondAllLessEqual(Param(1), LogicalSubquery(L"SELECT 1")), "?1 <=ALL (SELECT 1)"},
+      {new RqExprCondAllEqual(Param(1), LogicalSubquery(L"SELECT 1")), "?1 =ALL (SELECT 1)"},
+      {new RqExprCondAllGreaterThan(Param(1), LogicalSubquery(L"SELECT 1")), "?1 >ALL (SELECT 1)"},
+      {new RqExprCondAllGreaterEqual(Param(1), LogicalSubquery(L"SELECT 1")), "?1 >=ALL (SELECT 1)"},
+      {new RqExprCondExists(PhysicalSubquery(L"RqList q")), " EXISTS (Subquery(RqList q))"},
       // Hierarchy predicates
       {new RqExprIsAncestor(Param(1), Param(2), Int(2), false), "IsAncestor(?1, ?2, 2)"},
       {AncestorOfSource(), "IsAncestor(?1, ?2, 2, 3001:7)"},

@@ -258,7 +258,8 @@ TEST(Normalize, ReadsAFile) {
 TEST(Normalize, WhatCannotBeReadIsAnError) {
   const std::string directory = testing::TempDir();
   const std::pair<std::string, std::string> cases[] = {{directory + "no/such/file", "No such file or directory"},
-                                                       {directory, "Is a directory"}};
+                                                       {directory, "Is a directory"},
+                                                       {"", "No such file or directory"}};
   for (const auto& [path, cause] : cases) {
     const RqRun run = Normalize({"--file", path});
     EXPECT_EQ(run.m_err, "rq: cannot read " + path + ": " + cause + '\n');

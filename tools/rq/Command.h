@@ -12,6 +12,7 @@ struct CommandStreams;
 /// The exit statuses of rq.
 enum ExitStatus : int {
   kExitSuccess = 0,
+  kExitNo = 1,            ///< The answer is no.
   kExitError = 2,         ///< A misuse of the command line, or an input that has an error.
   kExitBrokenPipe = 141,  ///< Nobody reads the output any more; as a shell shows the end by SIGPIPE.
 };

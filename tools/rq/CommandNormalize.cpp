@@ -37,15 +37,6 @@ Examples:
   rq normalize "NOT (status IN ('open', 'held') OR amount < 10)"
   rq normalize --form dnf --format json --file conditions.sql)help";
 
-std::string PlaceText(SqlPlace place) {
-  return "line " + std::to_string(place.m_line) + ", column " + std::to_string(place.m_column);
-}
-
-/// The message and, under the line it is about, the caret.
-std::string MessageText(const std::string& where, const SqlError& error, SqlPlace place, std::string_view text) {
-  return "rq: " + where + PlaceText(place) + ": " + error.what() + '\n' + CaretText(text, error.GetOffset());
-}
-
 bool IsPassedOver(std::string_view line) {
   const std::size_t first = line.find_first_not_of(" \t\f\v");
   return first == std::string_view::npos || line.substr(first).starts_with("--");
@@ -162,10 +153,10 @@ int CommandNormalize::Run(CommandStreams& streams) {
   ReadOptions(streams);
   const bool bIsDash = m_conditions.size() == 1 && m_conditions[0] == kStandardInput;
   const bool bHasArguments = !m_conditions.empty() && !bIsDash;
-  if (!m_conditions.empty() && !m_file.empty()) throw UsageError("conditions and --file do not go together");
+  if (!m_conditions.empty() && m_file) throw UsageError("conditions and --file do not go together");
   if (bHasArguments) return RunArguments(streams);
-  if (!m_file.empty() && m_file != kStandardInput) return RunFile(streams);
-  if (!bIsDash && m_file.empty() && streams.m_bInIsTerminal) {
+  if (m_file && *m_file != kStandardInput) return RunFile(*m_file, streams);
+  if (!bIsDash && !m_file && streams.m_bInIsTerminal) {
     throw UsageError("nothing to normalize: give conditions, --file FILE, or - for the standard input");
   }
   return RunStream(streams.m_in, "standard input", streams);
@@ -190,7 +181,7 @@ int CommandNormalize::RunArguments(CommandStreams& streams) const {
     } catch (const SqlError& error) {
       bAllGood = false;
       const std::string where = m_conditions.size() > 1 ? "condition " + std::to_string(i + 1) + ", " : "";
-      streams.m_err << MessageText(where, error, PlaceOf(text, error.GetOffset()), text);
+      streams.m_err << MessageText(where, error, text);
     }
   }
   if (!bAllGood) return kExitError;
@@ -207,10 +198,10 @@ int CommandNormalize::RunArguments(CommandStreams& streams) const {
   return kExitSuccess;
 }
 
-int CommandNormalize::RunFile(CommandStreams& streams) const {
-  std::ifstream file(m_file, std::ios::binary);
-  if (!file) throw std::system_error(errno, std::generic_category(), "cannot read " + m_file);
-  return RunStream(file, m_file, streams);
+int CommandNormalize::RunFile(const std::string& name, CommandStreams& streams) const {
+  std::ifstream file(name, std::ios::binary);
+  if (!file) throw std::system_error(errno, std::generic_category(), "cannot read " + name);
+  return RunStream(file, name, streams);
 }
 
 int CommandNormalize::RunStream(std::istream& in, const std::string& name, CommandStreams& streams) const {

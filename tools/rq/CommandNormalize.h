@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <iosfwd>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,12 +27,12 @@ class CommandNormalize final : public Command {
  private:
   void ReadOptions(CommandStreams& streams);
   int RunArguments(CommandStreams& streams) const;
-  int RunFile(CommandStreams& streams) const;
+  int RunFile(const std::string& name, CommandStreams& streams) const;
   int RunStream(std::istream& in, const std::string& name, CommandStreams& streams) const;
 
   std::string m_form = "cnf";
   std::string m_format = "text";
-  std::string m_file;
+  std::optional<std::string> m_file;
   std::vector<std::string> m_conditions;
   NormalizeOptions m_options;
 };

@@ -3,6 +3,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include "Host/HostTypes.h"
 #include "Host/KXString.h"
@@ -14,22 +15,57 @@ class CrcUtil {
   static std::uint32_t GenerateCRC32(const std::uint8_t* pData, int nLength);
 };
 
-/// Holds all reading of the byte form on this thread, while it lives, to one buffer: a read that would cross the
-/// buffer's end raises an ErrorMessage with the byte offset instead of running on. Meant for bytes that were not
-/// written by this process.
+/// Holds all reading of the byte form on this thread, while it lives, to one buffer and to limits: a read that would
+/// cross the buffer's end, and any other damage that a reader finds, raises an ErrorMessage with the byte offset instead
+/// of running on or ending the process. Meant for bytes that were not written by this process.
 ///
 /// Scopes nest, the inner one replacing the outer one until it ends. Bytes outside the buffer, such as another vector
 /// that is read meanwhile, are not bounded by the scope. The buffer must outlive the scope.
 class BoundedRead {
  public:
-  BoundedRead(const_iterator begin, const_iterator end);
+  /// What a buffer may ask for, whatever its size.
+  struct Limits {
+    /// Objects inside one another. What goes down into a tree later needs stack for as many levels, and not all of it
+    /// looks after the stack; the default suits a stack of 8 MiB.
+    std::uint32_t m_maxNesting = 5'000;
+    std::uint32_t m_maxObjects = 20'000'000;
+  };
+
+  BoundedRead(const_iterator begin, const_iterator end, const Limits& limits);
+  BoundedRead(const_iterator begin, const_iterator end) : BoundedRead(begin, end, Limits()) {}
   explicit BoundedRead(const ByteVector& bytes) : BoundedRead(bytes.data(), bytes.data() + bytes.size()) {}
+  BoundedRead(const ByteVector& bytes, const Limits& limits)
+      : BoundedRead(bytes.data(), bytes.data() + bytes.size(), limits) {}
   ~BoundedRead();
   BoundedRead(const BoundedRead&) = delete;
   BoundedRead& operator=(const BoundedRead&) = delete;
 
   /// Raises an ErrorMessage unless the cursor stands at the end of the buffer: for a reader that expects no more bytes.
   void RequireAtEnd(const_iterator cursor) const;
+
+  /// The scope in force on this thread, null without one.
+  static BoundedRead* Current() { return t_bounds.m_pScope; }
+  /// Where the cursor stands in the buffer, as it goes into messages.
+  KXString GetOffset(const_iterator cursor) const;
+
+  /// Counts, while it lives, an object that is read at the cursor and may hold others. Raises an ErrorMessage when there
+  /// are too many, or too many inside one another. Without a scope in force it does nothing.
+  class Object {
+   public:
+    explicit Object(const_iterator cursor) : m_pScope(Current()) {
+      if (m_pScope) [[unlikely]]
+        m_pScope->Enter(cursor);
+    }
+    ~Object() {
+      if (m_pScope) [[unlikely]]
+        --m_pScope->m_nesting;
+    }
+    Object(const Object&) = delete;
+    Object& operator=(const Object&) = delete;
+
+   private:
+    BoundedRead* m_pScope;
+  };
 
  private:
   friend class DataBlobUtil;
@@ -39,12 +75,18 @@ class BoundedRead {
   struct Bounds {
     std::uintptr_t m_begin;
     std::uintptr_t m_end;
+    BoundedRead* m_pScope;
   };
   // Initial-exec: the variable is read at every primitive, also from other shared libraries.
   [[gnu::tls_model("initial-exec")]] static thread_local constinit Bounds t_bounds;
 
+  void Enter(const_iterator cursor);
+
   Bounds m_bounds;
   Bounds m_outer;
+  Limits m_limits;
+  std::uint32_t m_nesting = 0;
+  std::uint32_t m_objects = 0;
 };
 
 /// The primitives of the byte form. ToByteVector appends, FromByteVector reads and returns the cursor behind what it
@@ -122,6 +164,22 @@ class DataBlobUtil : public CrcUtil {
   static const_iterator FromByteVector(const_iterator start, ByteVector& value);
   static const_iterator FromByteVector(const_iterator start, BooleanVector& value);
   static const_iterator FromByteVector(const_iterator start, ByteVectorVector& value);
+
+  /// Reads an enumerator that was written as a number of type Written. Under a BoundedRead one above `last` raises an
+  /// ErrorMessage.
+  template <class Written = std::uint32_t, class Enum>
+  static const_iterator FromByteVector(const_iterator start, Enum& value, std::type_identity_t<Enum> last) {
+    static_assert(std::is_enum_v<Enum>);
+    Written number;
+    const const_iterator end = Read(start, number);
+    if (static_cast<std::make_unsigned_t<Written>>(number) > static_cast<std::uint64_t>(last)) [[unlikely]]
+      RaiseMalformedIfBounded(start, L"enumerator");
+    value = static_cast<Enum>(number);
+    return end;
+  }
+  /// Raises an ErrorMessage that no `what` stands at the cursor; the second only if a BoundedRead is in force.
+  [[noreturn, gnu::cold]] static void RaiseMalformed(const_iterator start, const wchar_t* what);
+  [[gnu::cold]] static void RaiseMalformedIfBounded(const_iterator start, const wchar_t* what);
 
   /// Raises an ErrorMessage if fewer than nBytes stand between the cursor and the end of the BoundedRead in force.
   /// For readers that look at bytes without the operations above, or that are about to reserve room for a count.

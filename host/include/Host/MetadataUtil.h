@@ -18,7 +18,7 @@ class MetadataUtil {
   /// joined by ".". Empty for a null handle.
   static KXString GenerateQualifiedName(const RefARpObject& object);
 
-  /// The statement that the list of a business model asks for.
+  /// The statement that says a query over the business model.
   static KXString ToSQLStatement(const AbstractListQuerySpec& spec, ARpGateway* pRp);
 
   /// Whether the variable has a value, as this request sees it.

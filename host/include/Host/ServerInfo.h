@@ -13,6 +13,7 @@ class ServerInfo {
 #include "Host/TargetTypes.def"
 #undef HOST_TARGET_TYPE
   };
+  static constexpr TargetType kHighestTargetType = kVblData11g;
 
   /// Whether a target of this kind is sent statements, so that a block marked for it runs there. False for a number
   /// that is no kind.

@@ -101,6 +101,14 @@ MemoryGateway& MemoryGateway::RemoveObject(const VoidID& id) {
   return *this;
 }
 
+VoidIDVector MemoryGateway::GetObjectIDs() const {
+  VoidIDVector ids;
+  for (const auto& [id, entry] : m_objects) {
+    if (!entry.m_bRemoved) ids.push_back(id);
+  }
+  return ids;
+}
+
 std::uint32_t MemoryGateway::GetObjectRefCount(const VoidID& id) const {
   const auto found = m_objects.find(id);
   return found == m_objects.end() ? 0 : found->second.m_refCount;

@@ -19,10 +19,13 @@
 ///                   point, are numbered from 1 as they appear. Names without quotes are lower case, as in PostgreSQL.
 ///   numbers         32-bit integers; longer ones as exact numbers; those with a point or an exponent as floats
 ///   strings         in every spelling, and NULL
-///   DATE, TIME, TIMESTAMP '...'  checked by the calendar; a timestamp has the precision that it is written with
-///   INTERVAL '...' [unit]        its literal as text
-///   CURRENT_DATE, CURRENT_TIME, LOCALTIME, CURRENT_TIMESTAMP, LOCALTIMESTAMP  the tokens; the last two with a
-///   precision $n              a parameter VALUEOF("block"."name")      a session variable (a, b) IN ((1, 2), ...) rows
+///   moments         DATE, TIME and TIMESTAMP '...', checked by the calendar; a timestamp has the precision that it is
+///                   written with. CURRENT_DATE, CURRENT_TIME, LOCALTIME, CURRENT_TIMESTAMP and LOCALTIMESTAMP are the
+///                   tokens, the last two with a precision.
+///   intervals       INTERVAL '...' [unit]: the literal as text
+///   parameters      $n
+///   session         VALUEOF("block"."name"): a session variable
+///   rows            (a, b) IN ((1, 2), ...)
 ///
 /// Raises SqlError at the place of anything else, and ErrorMessage when the stack runs low. Text that nests up to
 /// kMaxSqlNesting levels needs some MiB of stack.

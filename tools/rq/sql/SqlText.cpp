@@ -126,6 +126,15 @@ std::string CaretText(std::string_view text, std::size_t offset) {
   return shown + '\n' + marker + "^\n";
 }
 
+std::string MessageText(const std::string& where, const SqlError& error, SqlPlace place, std::string_view text) {
+  return "rq: " + where + "line " + std::to_string(place.m_line) + ", column " + std::to_string(place.m_column) + ": " +
+         error.what() + '\n' + CaretText(text, error.GetOffset());
+}
+
+std::string MessageText(const std::string& where, const SqlError& error, std::string_view text) {
+  return MessageText(where, error, PlaceOf(text, error.GetOffset()), text);
+}
+
 void CheckIsText(std::string_view text) {
   if (const std::size_t zero = text.find('\0'); zero != std::string_view::npos) {
     throw SqlError(zero, "a zero byte is not text");

@@ -30,6 +30,11 @@ SqlPlace PlaceOf(std::string_view text, std::size_t offset);
 /// cells, as they do on terminals; bytes that a terminal must not get are shown as U+FFFD.
 std::string CaretText(std::string_view text, std::size_t offset);
 
+/// "rq: where line 1, column 2: what is wrong", and under the line it is about the caret. The place is given since the
+/// text may be a line of a longer one; without it, it is the place in the text.
+std::string MessageText(const std::string& where, const SqlError& error, SqlPlace place, std::string_view text);
+std::string MessageText(const std::string& where, const SqlError& error, std::string_view text);
+
 /// Raises SqlError at the first byte that cannot be text: a zero byte, or one that begins no UTF-8 character.
 void CheckIsText(std::string_view text);
 

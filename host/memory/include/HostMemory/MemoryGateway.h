@@ -3,7 +3,9 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "Host/ARpGateway.h"
 #include "HostMemory/MemoryObjects.h"
@@ -78,6 +80,23 @@ class MemoryGateway final : public ARpGateway {
   }
   /// Does nothing if there is none.
   MemoryGateway& RemoveObject(const VoidID& id);
+  /// Handles on all objects of an interface, in the order of their identifiers.
+  template <class Interface>
+  std::vector<Ref<Interface>> GetObjects() {
+    std::vector<Ref<Interface>> objects;
+    for (const VoidID& id : GetObjectIDs()) {
+      if (Ref<Interface> object(this, id); !object.IsNull()) objects.push_back(std::move(object));
+    }
+    return objects;
+  }
+  /// The first of an interface that has the name, letter by letter; null if none has.
+  template <class Interface>
+  Ref<Interface> FindObject(std::wstring_view name) {
+    for (Ref<Interface>& object : GetObjects<Interface>()) {
+      if (object->GetName() == name) return std::move(object);
+    }
+    return {};
+  }
   /// Handles on the object that are alive.
   std::uint32_t GetObjectRefCount(const VoidID& id) const;
 
@@ -104,6 +123,8 @@ class MemoryGateway final : public ARpGateway {
   using ValueByKey = std::map<KXStringPair, std::unique_ptr<PropertyValue>>;
 
   void TakeObject(std::unique_ptr<ARpObject> pObject);
+  /// Of those that can be looked up.
+  VoidIDVector GetObjectIDs() const;
   ObjectEntry& ReferencedEntry(const VoidID& id);
 
   ValueByKey m_requestProperties;

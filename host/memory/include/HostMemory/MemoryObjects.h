@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <utility>
 
 #include "Host/RpObjects.h"
@@ -82,46 +81,37 @@ class MemoryPresentationLevel final : public MemoryRpObject<APresentationLevel, 
   VoidID m_levelID;
 };
 
-/// A database. A feature that nobody set is false, 0 or empty.
+/// A database, with its features as a table.
 class MemoryDatabase final : public MemoryRpObject<ADatabase, kTIDADatabase> {
  public:
   MemoryDatabase(std::uint32_t uniqueNum, const KXString& name, ServerInfo::TargetType targetType)
       : MemoryRpObject(uniqueNum, name), m_targetType(targetType) {}
 
+  MemoryDatabase& SetFeatures(const SUFeaturesTable& features) {
+    m_features = features;
+    return *this;
+  }
   MemoryDatabase& SetBooleanFeature(SUFeaturesTable::FeatureId id, bool bValue) {
-    m_booleanFeatures[id] = bValue;
+    m_features.SetBoolean(id, bValue);
     return *this;
   }
   MemoryDatabase& SetIntegerFeature(SUFeaturesTable::FeatureId id, std::uint32_t value) {
-    m_integerFeatures[id] = value;
+    m_features.SetUInt32(id, value);
     return *this;
   }
   MemoryDatabase& SetStringFeature(SUFeaturesTable::FeatureId id, const KXString& value) {
-    m_stringFeatures[id] = value;
+    m_features.SetString(id, value);
     return *this;
   }
 
   ServerInfo::TargetType GetTargetType() const override { return m_targetType; }
-  bool GetBooleanFeatureValue(SUFeaturesTable::FeatureId id) const override { return ValueOf(m_booleanFeatures, id); }
-  std::uint32_t GetIntegerFeatureValue(SUFeaturesTable::FeatureId id) const override {
-    return ValueOf(m_integerFeatures, id);
-  }
-  KXString GetStringFeatureValue(SUFeaturesTable::FeatureId id) const override { return ValueOf(m_stringFeatures, id); }
+  bool GetBooleanFeatureValue(SUFeaturesTable::FeatureId id) const override { return m_features.GetBoolean(id); }
+  std::uint32_t GetIntegerFeatureValue(SUFeaturesTable::FeatureId id) const override { return m_features.GetUInt32(id); }
+  KXString GetStringFeatureValue(SUFeaturesTable::FeatureId id) const override { return m_features.GetString(id); }
 
  private:
-  template <class Value>
-  using FeatureMap = std::map<SUFeaturesTable::FeatureId, Value>;
-
-  template <class Value>
-  static Value ValueOf(const FeatureMap<Value>& features, SUFeaturesTable::FeatureId id) {
-    const auto found = features.find(id);
-    return found == features.end() ? Value() : found->second;
-  }
-
   ServerInfo::TargetType m_targetType;
-  FeatureMap<bool> m_booleanFeatures;
-  FeatureMap<std::uint32_t> m_integerFeatures;
-  FeatureMap<KXString> m_stringFeatures;
+  SUFeaturesTable m_features;
 };
 
 /// A table. Its container is a schema or the database itself.

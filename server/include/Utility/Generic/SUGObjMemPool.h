@@ -76,6 +76,10 @@ class [[nodiscard]] ObjPoolGuard {
     if (BaseObjPool* const pPool = std::exchange(m_pPool, nullptr)) pPool->DecrementPoolSize();
     return std::exchange(m_pObj, nullptr);
   }
+  void swap(ObjPoolGuard& rhs) noexcept {
+    std::swap(m_pPool, rhs.m_pPool);
+    std::swap(m_pObj, rhs.m_pObj);
+  }
   /// Gives back or deletes the object; the guard is empty then.
   void Reset() { GiveOwnership(nullptr, nullptr); }
 
@@ -114,22 +118,14 @@ class TypedObjPool final : public BaseObjPool {
     for (T* pObj : m_objPool) delete pObj;
   }
 
-  /// Fills owner, whose former object goes where it belongs, with an object of the value given: a free one by
-  /// setValue(object, value...), else a new T(value...). Raises what the constructor raises, with owner empty and
-  /// nothing counted.
+  /// Fills owner with an object of the value given: a free one by setValue(object, value...), else a new T(value...).
+  /// What owner held goes where it belongs, and goes last, as the value may be a part of it. Raises what the
+  /// constructor raises, with owner as it was and nothing counted.
   template <class Owner, class SetValue, class... Value>
   T* Make(ObjPoolGuard<Owner>& owner, SetValue setValue, const Value&... value) {
-    owner.Reset();
-    T* pObj = nullptr;
-    {
-      KXCriticalSectionGuard lock(m_lock);
-      if (m_objPool.empty()) [[unlikely]]
-        return MakeNew(owner, value...);
-      pObj = m_objPool.front();
-      m_spareEntries.splice_after(m_spareEntries.cbefore_begin(), m_objPool, m_objPool.cbefore_begin());
-    }
-    owner.GiveOwnership(this, pObj);
-    setValue(*pObj, value...);
+    ObjPoolGuard<Owner> made;
+    T* const pObj = Fill(made, setValue, value...);
+    owner.swap(made);
     return pObj;
   }
 
@@ -144,7 +140,23 @@ class TypedObjPool final : public BaseObjPool {
  private:
   using List = std::forward_list<T*, KXNodeStdAlloc<T*>>;
 
-  /// Requires: m_lock held.
+  /// Requires: owner empty.
+  template <class Owner, class SetValue, class... Value>
+  T* Fill(ObjPoolGuard<Owner>& owner, SetValue setValue, const Value&... value) {
+    T* pObj = nullptr;
+    {
+      KXCriticalSectionGuard lock(m_lock);
+      if (m_objPool.empty()) [[unlikely]]
+        return MakeNew(owner, value...);
+      pObj = m_objPool.front();
+      m_spareEntries.splice_after(m_spareEntries.cbefore_begin(), m_objPool, m_objPool.cbefore_begin());
+    }
+    owner.GiveOwnership(this, pObj);
+    setValue(*pObj, value...);
+    return pObj;
+  }
+
+  /// Requires: owner empty, m_lock held.
   template <class Owner, class... Value>
   [[gnu::noinline]] T* MakeNew(ObjPoolGuard<Owner>& owner, const Value&... value) {
     T* const pObj = new T(value...);

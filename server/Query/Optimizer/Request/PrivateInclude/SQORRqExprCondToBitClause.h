@@ -58,6 +58,17 @@ class RqExprCondToBitClause final : public AVisitorRqExprCond {
   bool Visit(RqExprCondLike& cond) override;
   bool Visit(RqExprCondIn& cond) override;
   bool Visit(RqExprCondMultiColumnIn& cond) override;
+  bool Visit(RqExprCondAnyLessThan& cond) override;
+  bool Visit(RqExprCondAnyLessEqual& cond) override;
+  bool Visit(RqExprCondAnyGreaterThan& cond) override;
+  bool Visit(RqExprCondAnyGreaterEqual& cond) override;
+  bool Visit(RqExprCondAnyNotEqual& cond) override;
+  bool Visit(RqExprCondAllLessThan& cond) override;
+  bool Visit(RqExprCondAllLessEqual& cond) override;
+  bool Visit(RqExprCondAllEqual& cond) override;
+  bool Visit(RqExprCondAllGreaterThan& cond) override;
+  bool Visit(RqExprCondAllGreaterEqual& cond) override;
+  bool Visit(RqExprCondExists& cond) override;
   bool Visit(RqExprEvaluatePredicate& cond) override;
   bool Visit(RqExprIsAncestor& cond) override;
   bool Visit(RqExprIsSibling& cond) override;

@@ -32,9 +32,8 @@ namespace {
 
 /// Law: A or (A and B) is A, and A and (A or B) is A.
 /// Requires: flat clauses of one width; only their atoms are looked at.
-/// Ensures:  nested stands for the same with the clause added. Neither the clause nor an element that it makes
-/// redundant
-///           is added or kept; elements that were there before are not compared with each other.
+/// Ensures:  nested stands for the same with the clause added. A redundant clause is not added, and an element that it
+///           makes redundant is not kept; elements that were there before are not compared with each other.
 template <class Set, class NestedClause>
 void AddAbsorbing(const BitVector& outerLiterals, Set& nested, const NestedClause& clause) {
   const BitVector& literals = clause.GetLiterals();

@@ -89,7 +89,8 @@ void BitClauseToTerms<TopClause>::VisitClause(ClauseType& clause) {
     for (RqExprCond*& pTerm : terms) m_terms.emplace_back(std::exchange(pTerm, nullptr));
     return;
   }
-  if constexpr (!bKindOfTop) std::sort(terms.begin(), terms.end(), LessEquivalentRqExprShareBase());
+  // Outer join filters have no strict order, with which std::sort may leave the range; a merge does not.
+  if constexpr (!bKindOfTop) std::stable_sort(terms.begin(), terms.end(), LessEquivalentRqExprShareBase());
   OwnedRqExprCondPtr result;
   for (RqExprCond*& pTerm : terms) {
     result = ConnectiveOf<ClauseType>::Concatenate(result.Release(), std::exchange(pTerm, nullptr));

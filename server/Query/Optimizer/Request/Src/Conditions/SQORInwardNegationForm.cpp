@@ -4,6 +4,7 @@
 
 #include "Host/KXThread.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCondHierarchy.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCondQuantified.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCondSpecial.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprColumnList.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprLiteral.h"
@@ -213,6 +214,61 @@ bool NegationRewriter<Derived>::Visit(RqExprCondMultiColumnIn& cond) {
 }
 
 template <class Derived>
+bool NegationRewriter<Derived>::Visit(RqExprCondAnyLessThan& cond) {
+  return SetOpaqueCopy(cond);
+}
+
+template <class Derived>
+bool NegationRewriter<Derived>::Visit(RqExprCondAnyLessEqual& cond) {
+  return SetOpaqueCopy(cond);
+}
+
+template <class Derived>
+bool NegationRewriter<Derived>::Visit(RqExprCondAnyGreaterThan& cond) {
+  return SetOpaqueCopy(cond);
+}
+
+template <class Derived>
+bool NegationRewriter<Derived>::Visit(RqExprCondAnyGreaterEqual& cond) {
+  return SetOpaqueCopy(cond);
+}
+
+template <class Derived>
+bool NegationRewriter<Derived>::Visit(RqExprCondAnyNotEqual& cond) {
+  return SetOpaqueCopy(cond);
+}
+
+template <class Derived>
+bool NegationRewriter<Derived>::Visit(RqExprCondAllLessThan& cond) {
+  return SetOpaqueCopy(cond);
+}
+
+template <class Derived>
+bool NegationRewriter<Derived>::Visit(RqExprCondAllLessEqual& cond) {
+  return SetOpaqueCopy(cond);
+}
+
+template <class Derived>
+bool NegationRewriter<Derived>::Visit(RqExprCondAllEqual& cond) {
+  return SetOpaqueCopy(cond);
+}
+
+template <class Derived>
+bool NegationRewriter<Derived>::Visit(RqExprCondAllGreaterThan& cond) {
+  return SetOpaqueCopy(cond);
+}
+
+template <class Derived>
+bool NegationRewriter<Derived>::Visit(RqExprCondAllGreaterEqual& cond) {
+  return SetOpaqueCopy(cond);
+}
+
+template <class Derived>
+bool NegationRewriter<Derived>::Visit(RqExprCondExists& cond) {
+  return SetOpaqueCopy(cond);
+}
+
+template <class Derived>
 bool NegationRewriter<Derived>::Visit(RqExprCondGroupByContent& cond) {
   return SetOpaqueCopy(cond);
 }
@@ -240,9 +296,8 @@ bool NegationRewriter<Derived>::Visit(RqExprCondAtomicWrapper& cond) {
 template class NegationRewriter<InwardNegationForm>;
 template class NegationRewriter<NegateCondExpr>;
 
-/// Law: the number of clauses of an And is at most the sum of those of its operands, that of an Or their product; in
-/// the
-///      dual form it is the other way round, and a Not turns the one into the other.
+/// Law: the number of clauses of an And is at most the sum of those of its operands, that of an Or their product. In the
+///      dual form it is the other way round, and a Not turns one form into the other.
 /// Wanted: an In counts its values in the dual form alone, and its own negation is not looked at.
 std::uint32_t InwardNegationForm::CheckComplexityScore(const RqExprCond* cond, bool bNegated, std::uint32_t& limit) {
   KXThread::LowStackCheck(0);

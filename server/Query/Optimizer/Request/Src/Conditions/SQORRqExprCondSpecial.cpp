@@ -123,10 +123,8 @@ void RqExprCondOuterJoinFilter::ToByteVector(ByteVector& bv) {
 }
 
 const_iterator RqExprCondOuterJoinFilter::FromByteVector(const_iterator start) {
-  std::int16_t joinType = 0;
-  start = DataBlobUtil::FromByteVector(RqNodeImpl::FromByteVector(start), joinType);
-  m_JoinType = static_cast<SqlTableRef::JoinType>(joinType);
-  return start;
+  start = RqNodeImpl::FromByteVector(start);
+  return DataBlobUtil::FromByteVector<std::int16_t>(start, m_JoinType, SqlTableRef::kNaturalJoin);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

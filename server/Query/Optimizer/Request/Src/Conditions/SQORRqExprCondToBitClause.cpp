@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCondHierarchy.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCondQuantified.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCondSpecial.h"
 
 RqExprCondToBitClause::RqExprCondToBitClause(const LiteralIndexMap& literalIndexMap)
@@ -15,7 +16,12 @@ RqExprCondToBitClause::RqExprCondToBitClause(const LiteralIndexMap& literalIndex
 int RqExprCondToBitClause::FindBit(RqExprCond& atom) const {
   const auto it = std::lower_bound(m_addressIndex.begin(), m_addressIndex.end(), AddressIndex::value_type(&atom, 0));
   if (it != m_addressIndex.end() && it->first == &atom) return it->second;
-  return m_literalIndexMap.find(&atom)->second;
+  if (const auto found = m_literalIndexMap.find(&atom); found != m_literalIndexMap.end()) return found->second;
+  // Outer join filters have no strict order, so the search may pass by the equal that kept the atom out of the table.
+  const LessEquivalentRqExpr isLess = m_literalIndexMap.key_comp();
+  return std::find_if(m_literalIndexMap.begin(), m_literalIndexMap.end(),
+                      [&](const auto& entry) { return !isLess(entry.first, &atom) && !isLess(&atom, entry.first); })
+      ->second;
 }
 
 /// Starts a visitor of its own on the operand and adds what it makes.
@@ -63,6 +69,17 @@ bool RqExprCondToBitClause::Visit(RqExprCondIsNull& cond) { return SetAtom(cond)
 bool RqExprCondToBitClause::Visit(RqExprCondLike& cond) { return SetAtom(cond); }
 bool RqExprCondToBitClause::Visit(RqExprCondIn& cond) { return SetAtom(cond); }
 bool RqExprCondToBitClause::Visit(RqExprCondMultiColumnIn& cond) { return SetAtom(cond); }
+bool RqExprCondToBitClause::Visit(RqExprCondAnyLessThan& cond) { return SetAtom(cond); }
+bool RqExprCondToBitClause::Visit(RqExprCondAnyLessEqual& cond) { return SetAtom(cond); }
+bool RqExprCondToBitClause::Visit(RqExprCondAnyGreaterThan& cond) { return SetAtom(cond); }
+bool RqExprCondToBitClause::Visit(RqExprCondAnyGreaterEqual& cond) { return SetAtom(cond); }
+bool RqExprCondToBitClause::Visit(RqExprCondAnyNotEqual& cond) { return SetAtom(cond); }
+bool RqExprCondToBitClause::Visit(RqExprCondAllLessThan& cond) { return SetAtom(cond); }
+bool RqExprCondToBitClause::Visit(RqExprCondAllLessEqual& cond) { return SetAtom(cond); }
+bool RqExprCondToBitClause::Visit(RqExprCondAllEqual& cond) { return SetAtom(cond); }
+bool RqExprCondToBitClause::Visit(RqExprCondAllGreaterThan& cond) { return SetAtom(cond); }
+bool RqExprCondToBitClause::Visit(RqExprCondAllGreaterEqual& cond) { return SetAtom(cond); }
+bool RqExprCondToBitClause::Visit(RqExprCondExists& cond) { return SetAtom(cond); }
 bool RqExprCondToBitClause::Visit(RqExprEvaluatePredicate& cond) { return SetAtom(cond); }
 bool RqExprCondToBitClause::Visit(RqExprIsAncestor& cond) { return SetAtom(cond); }
 bool RqExprCondToBitClause::Visit(RqExprIsSibling& cond) { return SetAtom(cond); }

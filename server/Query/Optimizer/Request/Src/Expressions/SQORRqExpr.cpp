@@ -1,6 +1,7 @@
 #include "Query/Optimizer/Request/Expressions/SQORRqExpr.h"
 
 #include <algorithm>
+#include <typeinfo>
 
 #include "Host/DataBlobUtil.h"
 #include "Host/KXThread.h"
@@ -63,10 +64,12 @@ bool RqExpr::IsLessThan(const RqExpr& rhs, const RqShallowLessThan& shallowLessT
 
 bool RqExpr::IsDeepLessThan(const RqExpr& rhs, const RqShallowLessThan& shallowLessThanPred, bool& bEquivalent) const {
   bEquivalent = false;
-  // Every rule orders nodes of two kinds by the number of the kind, except that one may say otherwise of aggregates.
-  const RqNodeType_e type = GetObjectType();
-  const RqNodeType_e rhsType = rhs.GetObjectType();
-  if (type != rhsType && !(IsAggr() && rhs.IsAggr())) return type < rhsType;
+  // Most nodes that differ are of two kinds, and the plain rule orders those by number: it need not be asked.
+  if (typeid(shallowLessThanPred) == typeid(RqShallowLessThan)) {
+    const RqNodeType_e type = GetObjectType();
+    const RqNodeType_e rhsType = rhs.GetObjectType();
+    if (type != rhsType) return type < rhsType;
+  }
   if (shallowLessThanPred(*this, rhs)) return true;
   if (shallowLessThanPred(rhs, *this)) return false;
 

@@ -67,9 +67,7 @@ void RqNode::ToByteVector(ByteVector& bv) {
 }
 
 const_iterator RqNode::FromByteVector(const_iterator start) {
-  std::uint32_t targetType = 0;
-  start = DataBlobUtil::FromByteVector(start, targetType);
-  m_targetType = static_cast<ServerInfo::TargetType>(targetType);
+  start = DataBlobUtil::FromByteVector(start, m_targetType, ServerInfo::kHighestTargetType);
   return m_targetID.FromByteVector(start);
 }
 

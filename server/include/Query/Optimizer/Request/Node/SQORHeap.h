@@ -55,6 +55,7 @@ void DeletePtrCollection(Collection& collection) {
   Collection doomed;
   doomed.swap(collection);
   for (auto* pElement : doomed) delete pElement;
+  doomed.clear();  // a collection that owns its elements would delete them again
 }
 
 /// A vector of raw pointers that owns what they point at. It moves, and does not copy.

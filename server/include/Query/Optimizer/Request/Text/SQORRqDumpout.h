@@ -11,6 +11,7 @@
 #include "Query/Optimizer/Request/Node/SQORAVisitorRqNode.h"
 
 class ARpGateway;
+class ExternalScriptExecutionData;
 class RqNode;
 class ServerStatistics;
 struct VoidID;
@@ -41,6 +42,10 @@ struct VoidID;
 ///   RqExprIsSibling          "IsSibling(member, of, distance, parent key)", with ", include root" in front of ")"
 ///   RqExprIsLeaf             "IsLeaf(key, key)"
 ///   any of these four        " not " in front if negated; ", 3001:7" in front of ")" if it has a logical table source
+///   RqExprLogicalSubquery    its statement
+///   RqExprPhysicalSubquery   "Subquery(text of its block)", with ", Number of pushable sources: 2" in front of ")" if
+///                            there are any
+///   RqExprPersistSubquery    "select column from table"
 ///   RqExprEvaluatePredicate  "Evaluate_Predicate( 'definition', operand) ", "not " in front if negated
 ///   a time of day            with a fraction of the second only where there is one; a timestamp in its precision, or
 ///                            with all nine digits where that would hide some: different moments have different texts
@@ -122,6 +127,12 @@ class RqDumpout : public AVisitorRqNode, public AVisitorRqExpr {
   void PrintConnectiveOperand(RqExpr& expr, int slot);
   /// The operands of slots 0 and 1 with the operator between them.
   bool PrintBinary(RqExpr& expr, std::wstring_view operatorText);
+  /// The opening, the operands with the separator between them, the closing. Operands that are not there take their
+  /// separator with them at the end of the list and nowhere else.
+  bool PrintFunction(RqExpr& expr, std::wstring_view opening, std::wstring_view separator = L", ",
+                     std::wstring_view closing = L")");
+  /// As PrintBinary, and a closing bracket: a value and the subquery that it is compared to.
+  bool PrintQuantified(RqExpr& expr, std::wstring_view opening);
 
   KXString m_string;
   int m_nestingLevel = 0;
@@ -144,4 +155,7 @@ class RqDumpout : public AVisitorRqNode, public AVisitorRqExpr {
   void AppendDescriptorMark(const RqExprLiteral& literal);
   void PrintRows(RqExprCondMultiColumnIn& cond);
   void PrintTableSource(const RqExprIsAncestor& cond);
+  void PrintWhenThen(RqExpr& expr, int firstSlot, int defaultSlot);
+  void PrintCastType(RqExprCast& expr);
+  void PrintExternalScript(const ExternalScriptExecutionData& script);
 };

@@ -1,0 +1,25 @@
+#pragma once
+
+// Every class of the catalogue that stands, for what works on all of them.
+
+#include "Query/Optimizer/Request/Blocks/SQORRqAbstractTable.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCondHierarchy.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCondQuantified.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCondSpecial.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprSubquery.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqColumn.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExpr.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprArithmetic.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprCase.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprColumnList.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprDateTime.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprDimension.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprExternal.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprLiteral.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprMember.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprParam.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprSessionVar.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprString.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprSystem.h"
+#include "Query/Optimizer/Request/Node/SQORRqHandleNode.h"

@@ -1,0 +1,162 @@
+#include "SQORRqNodeFactory.h"
+
+#include <string_view>
+#include <type_traits>
+
+#include "Host/BaseStringUtil.h"
+#include "Host/DataBlobUtil.h"
+#include "Host/ErrorMessage.h"
+#include "SQORRqNodeClasses.h"
+
+namespace {
+
+/// Makes a node of a class whose constructor needs arguments.
+template <class Class>
+RqNode* MakeGiven();
+
+template <>
+RqNode* MakeGiven<RqExprParam>() {
+  return new RqExprParam(0);
+}
+template <>
+RqNode* MakeGiven<RqExprExtract>() {
+  return new RqExprExtract(0);
+}
+template <>
+RqNode* MakeGiven<RqExprIntegerLiteral>() {
+  return new RqExprIntegerLiteral(0, false);
+}
+template <>
+RqNode* MakeGiven<RqExprFloatLiteral>() {
+  return new RqExprFloatLiteral(0.0);
+}
+
+}  // namespace
+
+RqNode* MakeEmptyRqNode(RqNodeType_e type) {
+#define MAKE_Default(Class)        new Class()
+#define MAKE_Given(Class)          MakeGiven<Class>()
+#define MAKE_Never(Class)          nullptr
+#define MAKE_Stands(Class, made)   MAKE_##made(Class)
+#define MAKE_Declared(Class, made) nullptr
+  switch (type) {
+#define RQ_NODE_KIND(value, Class, state, interface, VisitedAs, made) \
+  case k##Class:                                                      \
+    return MAKE_##state(Class, made);
+#define RQ_NODE_MARKER(value, Name) \
+  case k##Name:                     \
+    return nullptr;
+#include "Query/Optimizer/Request/Node/SQORRqNodeTypes.def"
+  }
+#undef MAKE_Default
+#undef MAKE_Given
+#undef MAKE_Never
+#undef MAKE_Stands
+#undef MAKE_Declared
+  return nullptr;
+}
+
+namespace {
+
+constexpr const wchar_t* kNoShape = nullptr;
+
+constexpr const wchar_t* GetShape(RqNodeType_e type) {
+  switch (type) {
+#define RQ_NODE_SHAPE(Class, slots) \
+  case k##Class:                    \
+    return L##slots;
+#include "SQORRqNodeShapes.def"
+    default:
+      return kNoShape;
+  }
+}
+
+#define HAS_SHAPE_Default(Class)        GetShape(k##Class) != kNoShape
+#define HAS_SHAPE_Given(Class)          GetShape(k##Class) != kNoShape
+#define HAS_SHAPE_Never(Class)          true
+#define HAS_SHAPE_Stands(Class, made)   HAS_SHAPE_##made(Class)
+#define HAS_SHAPE_Declared(Class, made) true
+#define RQ_NODE_KIND(value, Class, state, interface, VisitedAs, made) \
+  static_assert(HAS_SHAPE_##state(Class, made), #Class " has no line in SQORRqNodeShapes.def");
+#include "Query/Optimizer/Request/Node/SQORRqNodeTypes.def"
+#undef HAS_SHAPE_Default
+#undef HAS_SHAPE_Given
+#undef HAS_SHAPE_Never
+#undef HAS_SHAPE_Stands
+#undef HAS_SHAPE_Declared
+
+/// A letter of a shape.
+struct Slot {
+  wchar_t m_letter;  // lower case
+  bool m_bMayBeNull;
+
+  explicit Slot(wchar_t letter)
+      : m_letter(letter >= L'a' ? letter : static_cast<wchar_t>(letter - L'A' + L'a')), m_bMayBeNull(letter < L'a') {}
+
+  bool Takes(const RqNode& child) const {
+    const RqNodeType_e type = child.GetObjectType();
+    switch (m_letter) {
+      case L'n':
+        return true;
+      case L'e':
+        return child.IsExpr();
+      case L'c':
+        return child.IsExpr() && static_cast<const RqExpr&>(child).IsCond();
+      case L'l':
+        return type == kRqExprColumnList || type == kRqExprColumnListOrdered;
+      case L'd':
+        return type == kRqExprLevel;
+      case L't':
+        return child.IsExpr() && static_cast<const RqExpr&>(child).IsLiteral();
+      case L's':
+        return type == kRqExprLogicalSubquery || type == kRqExprPhysicalSubquery || type == kRqExprPersistSubquery;
+      default:
+        return false;
+    }
+  }
+};
+
+[[noreturn]] void RaiseMalformed(const RqNode& node, const_iterator start, const KXString& what) {
+  KX_RAISE(kMsgNodeMalformed, KXString::FromUTF8(GetRqNodeTypeName(node.GetObjectType())),
+           BoundedRead::Current()->GetOffset(start), what);
+}
+
+}  // namespace
+
+void RequireRqNodeShape(const RqNode& node, const_iterator start) {
+  std::wstring_view shape = GetShape(node.GetObjectType());
+  std::wstring_view repeated;
+  if (const std::size_t open = shape.find(L'('); open != std::wstring_view::npos) {
+    repeated = shape.substr(open + 1, shape.size() - open - 2);
+    shape = shape.substr(0, open);
+  }
+  int slot = 0;
+  const int numSlots = node.GetNumChildren();
+  const auto requireChild = [&](wchar_t letter) {
+    const RqNode* const pChild = node.GetIthChild(slot);
+    const Slot expected(letter);
+    if (pChild ? expected.Takes(*pChild) : expected.m_bMayBeNull) {
+      ++slot;
+      return;
+    }
+    RaiseMalformed(node, start,
+                   L"child " + BaseStringUtil::StringFrom(slot) + (pChild ? L" is of a wrong kind" : L" is missing"));
+  };
+  bool bMayEnd = false;
+  for (const wchar_t letter : shape) {
+    if (letter == L'|') {
+      bMayEnd = true;
+    } else if (slot < numSlots) {
+      requireChild(letter);
+    } else if (!bMayEnd) {
+      RaiseMalformed(node, start, L"it has too few children");
+    }
+  }
+  while (!repeated.empty() && slot < numSlots) {
+    for (const wchar_t letter : repeated) {
+      if (slot == numSlots) RaiseMalformed(node, start, L"it has too few children");
+      requireChild(letter);
+    }
+  }
+  if (slot < numSlots) RaiseMalformed(node, start, L"it has too many children");
+}

@@ -1,0 +1,178 @@
+#include "Query/Optimizer/Request/Conditions/SQORRqExprSubquery.h"
+
+#include <gtest/gtest.h>
+
+#include "Conditions/SubquerySamples.h"
+#include "Host/ErrorMessage.h"
+#include "Query/Optimizer/Request/Conditions/SQORInwardNegationForm.h"
+#include "Query/Optimizer/Request/Conditions/SQORToCNF.h"
+#include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
+
+namespace {
+
+std::string TextOf(const RqExpr* pExpr) { return RqDumpout::StringFrom(pExpr).ToUTF8(); }
+
+ByteVector BytesOf(RqExpr& expr) {
+  ByteVector bytes;
+  expr.ToByteVector(bytes);
+  return bytes;
+}
+
+// A copy of each kind, deep or shallow, holds what travels and the operands that it is to hold.
+TEST(QuerySubexpr, CopiesAndPayloadOfEverySample) {
+  for (const QuerySubexprSample& sample : QuerySubexprSamples()) {
+    SCOPED_TRACE(sample.m_name);
+    const OwnedRqExprPtr expr(sample.m_make());
+    const bool bIsCond = expr->IsCond();
+    if (bIsCond) {
+      EXPECT_TRUE(static_cast<const RqExprCond&>(*expr).IsCanonicalAtomicPredicate());
+    }
+    EXPECT_EQ(expr->IsExprLogicalSubquery(), expr->GetObjectType() == kRqExprLogicalSubquery);
+    EXPECT_EQ(expr->IsExprPhysicalSubquery(), expr->GetObjectType() == kRqExprPhysicalSubquery);
+    const OwnedRqExprPtr deep(expr->DeepExprCopy(false));
+    EXPECT_TRUE(deep->IsEquivalent(*expr, RqEquivalence()));
+    EXPECT_EQ(TextOf(deep.Get()), TextOf(expr.Get()));
+    const OwnedRqExprPtr shallow(expr->ShallowCopy());
+    EXPECT_EQ(shallow->GetNumOperands(), expr->GetNumOperands());
+    EXPECT_EQ(BytesOf(*shallow), BytesOf(*expr));
+    if (bIsCond) continue;
+
+    const ByteVector bytes = BytesOf(*expr);
+    deep->MarkTargetID(VoidID::NullID);
+    EXPECT_EQ(deep->FromByteVector(bytes.data()), bytes.data() + bytes.size());
+    EXPECT_EQ(BytesOf(*deep), bytes);
+  }
+}
+
+TEST(Subquery, WhatTravelsAndWhatDoesNot) {
+  const OwnedRqExprPtr logical(LogicalSubquery(L"SELECT 1"));
+  static_cast<RqExprLogicalSubquery&>(*logical).SetCommonExprName(L"cte");
+  RqExprLogicalSubquery readLogical;
+  ByteVector bytes = BytesOf(*logical);
+  readLogical.FromByteVector(bytes.data());
+  EXPECT_EQ(readLogical.GetSubquerySQLString(), L"SELECT 1");
+  EXPECT_EQ(readLogical.GetCRC(), TextCRC(L"SELECT 1"));
+  EXPECT_EQ(readLogical.GetCommonExprName(), L"");
+  ASSERT_NE(readLogical.GetLogicalSubqueryParseTree(), nullptr);
+  EXPECT_EQ(readLogical.GetLogicalSubqueryParseTree()->ToSQLStatement(nullptr), L"SELECT 1");
+  // One without a parse tree has no text, and travels too.
+  RqExprLogicalSubquery none(nullptr, nullptr);
+  bytes = BytesOf(none);
+  readLogical.FromByteVector(bytes.data());
+  EXPECT_EQ(readLogical.GetLogicalSubqueryParseTree(), nullptr);
+  EXPECT_EQ(readLogical.GetCRC(), 0U);
+
+  RqExprPersistSubquery readPersist;
+  bytes = BytesOf(*OwnedRqExprPtr(PersistSubquery(L"p")));
+  readPersist.FromByteVector(bytes.data());
+  EXPECT_EQ(readPersist.GetSubqueryDumpout(), L"p");
+  EXPECT_EQ(readPersist.GetTableName(), L"");
+  EXPECT_TRUE(readPersist.GetDatabaseID().IsNullID());
+
+  // A copy holds what does not travel, too, and has a parse tree of its own.
+  const OwnedRqExprPtr copy(logical->ShallowCopy());
+  const auto& copied = static_cast<const RqExprLogicalSubquery&>(*copy);
+  EXPECT_EQ(copied.GetCommonExprName(), L"cte");
+  EXPECT_NE(copied.GetLogicalSubqueryParseTree(),
+            static_cast<const RqExprLogicalSubquery&>(*logical).GetLogicalSubqueryParseTree());
+  EXPECT_EQ(logical->GetMySize(), static_cast<int>(sizeof(RqNode)) + 4 * (8 + 3) + 24);
+  const OwnedRqExprPtr physical(PhysicalSubquery(L"q", 1, true));
+  static_cast<RqExprPhysicalSubquery&>(*physical).SetShippableTargets({VoidID(1, 2u)});
+  static_cast<RqExprPhysicalSubquery&>(*physical).SetCommonExprName(L"cte");
+  const OwnedRqExprPtr physicalCopy(physical->DeepExprCopy(true));
+  const auto& copiedPhysical = static_cast<const RqExprPhysicalSubquery&>(*physicalCopy);
+  EXPECT_EQ(copiedPhysical.GetShippableTargets(), VoidIDSet{VoidID(1, 2u)});
+  EXPECT_EQ(copiedPhysical.GetCommonExprName(), L"cte");
+  EXPECT_TRUE(copiedPhysical.IsHighVolume());
+  EXPECT_TRUE(copiedPhysical.IsNavigationConstant());
+  EXPECT_FALSE(copied.IsNavigationConstant());
+  const OwnedRqExprPtr persistCopy(OwnedRqExprPtr(PersistSubquery(L"p"))->ShallowCopy());
+  const auto& copiedPersist = static_cast<const RqExprPersistSubquery&>(*persistCopy);
+  EXPECT_EQ(copiedPersist.GetColumnName(), L"C1");
+  EXPECT_EQ(copiedPersist.GetTargetType(), ServerInfo::kSQLite);
+  EXPECT_EQ(copiedPersist.GetCRC(), TextCRC(L"p"));
+}
+
+TEST(Subquery, NoReaderForASpecificationIsAnError) {
+  const OwnedRqExprPtr logical(LogicalSubquery(L"SELECT 1"));
+  const ByteVector bytes = BytesOf(*logical);
+  AbstractListQuerySpec::SetReader(nullptr);
+  RqExprLogicalSubquery read;
+  EXPECT_THROW(read.FromByteVector(bytes.data()), ErrorMessage);
+  AbstractListQuerySpec::SetReader(&TextQuerySpec::Read);
+}
+
+// The order is that of kinds, checksums and texts; the rest of a subquery is nothing to it.
+TEST(Subquery, OrderAndEquivalence) {
+  struct {
+    RqExpr* m_pLeft;
+    RqExpr* m_pRight;
+    char m_relation;
+  } const rows[] = {
+      {PhysicalSubquery(L"a"), PhysicalSubquery(L"a"), '='},
+      {PhysicalSubquery(L"a", 1, true), PhysicalSubquery(L"a", 1, false), '='},
+      {PhysicalSubquery(L"b", 1), PhysicalSubquery(L"a", 2), '<'},
+      {PhysicalSubquery(L"a", 1), PhysicalSubquery(L"b", 1), '<'},
+      {PersistSubquery(L"a", L"T1"), PersistSubquery(L"a", L"T2"), '='},
+      {PhysicalSubquery(L"a"), PersistSubquery(L"a"), '<'},
+      {LogicalSubquery(L"a"), PhysicalSubquery(L"a", 0), '<'},
+  };
+  for (const auto& [pLeft, pRight, relation] : rows) {
+    const OwnedRqExprPtr left(pLeft);
+    const OwnedRqExprPtr right(pRight);
+    SCOPED_TRACE(TextOf(pLeft) + relation + TextOf(pRight));
+    EXPECT_EQ(left->IsEquivalent(*right, RqEquivalence()), relation == '=');
+    EXPECT_EQ(right->IsEquivalent(*left, RqEquivalence()), relation == '=');
+    EXPECT_EQ(left->IsShallowLessThan(*right), relation == '<');
+    EXPECT_FALSE(right->IsShallowLessThan(*left));
+  }
+}
+
+// What the rewriters make of each quantified condition: it stays whole, and so does a Not of it.
+TEST(QuerySubexpr, RewritersCarryConditionsThroughWhole) {
+  for (const QuerySubexprSample& sample : QuerySubexprSamples()) {
+    const OwnedRqExprPtr expr(sample.m_make());
+    if (!expr->IsCond()) continue;
+    SCOPED_TRACE(sample.m_name);
+    const std::string text = TextOf(expr.Get());
+    InwardNegationForm inward;
+    expr->TourExpr(inward);
+    EXPECT_EQ(TextOf(inward.GetInwardNegationExpr()), text);
+    NegateCondExpr negate;
+    expr->TourExpr(negate);
+    EXPECT_EQ(TextOf(negate.GetNegatedExpr()), "not " + text);
+
+    auto* const pCopy = static_cast<RqExprCond*>(expr->DeepExprCopy(false));
+    const RqExprCondOr disjunction(new RqExprCondNot(new RqExprCondNot(pCopy)), new RqExprCondIsNull(Col(L"b"), false));
+    ToCNF toCNF;
+    toCNF.GenerateCNF(disjunction, false, true, -1);
+    EXPECT_TRUE(toCNF.GetConversionSuccess());
+    EXPECT_EQ(TextOf(toCNF.GetCNF()), "T1.b is null or " + text);
+  }
+}
+
+// An In over a logical subquery is an atom; one over a compiled one says its negation by itself.
+TEST(QuerySubexpr, NegationOfAnInWithASubquery) {
+  struct {
+    RqExpr* m_pSubquery;
+    const char* m_negated;
+  } const rows[] = {{LogicalSubquery(L"SELECT 1"), "not T1.a in (SELECT 1)"},
+                    {PhysicalSubquery(L"q"), "T1.a not in (Subquery(q))"}};
+  for (const auto& [pSubquery, negated] : rows) {
+    const RqExprCondNot cond(new RqExprCondIn(Col(L"a"), pSubquery, false));
+    InwardNegationForm inward;
+    const_cast<RqExprCondNot&>(cond).TourExpr(inward);
+    EXPECT_EQ(TextOf(inward.GetInwardNegationExpr()), negated);
+  }
+}
+
+TEST(QuerySubexprDeathTest, Mistakes) {
+  EXPECT_DEATH(RqExprCondAnyLessThan(nullptr, PhysicalSubquery(L"q")), "search");
+  EXPECT_DEATH(RqExprCondAllEqual(Col(L"a"), nullptr), "subquery");
+  EXPECT_DEATH(RqExprCondExists(nullptr), "subquery");
+  // A value has no negation.
+  InwardNegationForm inward;
+  EXPECT_DEATH(PhysicalSubquery(L"q")->TourExpr(inward), "SQORAVisitorRqExprCond");
+}
+
+}  // namespace
