@@ -1,19 +1,12 @@
 #include "rq/CommandNormalize.h"
 
 #include <CLI/CLI.hpp>
-#include <cerrno>
 #include <climits>
-#include <fstream>
-#include <new>
-#include <optional>
-#include <system_error>
 #include <utility>
 
-#include "Host/ErrorMessage.h"
 #include "rq/CommandLine.h"
+#include "rq/ConditionStream.h"
 #include "rq/io/BlockWriter.h"
-#include "rq/io/LineReader.h"
-#include "rq/io/Progress.h"
 #include "rq/sql/ConditionBuilder.h"
 #include "rq/sql/SqlText.h"
 
@@ -36,94 +29,6 @@ TELMA_DNF_COMPLEXITY_LIMIT (1024) for dnf.
 Examples:
   rq normalize "NOT (status IN ('open', 'held') OR amount < 10)"
   rq normalize --form dnf --format json --file conditions.sql)help";
-
-bool IsPassedOver(std::string_view line) {
-  const std::size_t first = line.find_first_not_of(" \t\f\v");
-  return first == std::string_view::npos || line.substr(first).starts_with("--");
-}
-
-/// Reads conditions line by line and writes what becomes of them.
-class ConditionStream {
- public:
-  ConditionStream(std::istream& in, const std::string& name, const NormalizeOptions& options, CommandStreams& streams)
-      : m_reader(in, kMaxSqlBytes + 1),
-        m_name(name),
-        m_options(options),
-        m_writer(streams.m_out),
-        m_err(streams.m_err),
-        // The results themselves show how far it has come, where they go to the same terminal.
-        m_progress(streams.m_err, streams.m_bErrIsTerminal && !streams.m_bOutIsTerminal) {}
-
-  /// Whether no line had an error.
-  bool Run() {
-    while (ReadLine()) {
-      if (IsPassedOver(m_reader.GetLine())) continue;
-      const bool bGood = TakeLine();
-      m_bAllGood &= bGood;
-      m_progress.Advance(!bGood);
-    }
-    m_writer.Flush();
-    return m_bAllGood;
-  }
-
- private:
-  bool ReadLine() {
-    // Whoever writes the lines may wait for the results of those that came.
-    if (m_reader.MayWait()) m_writer.Flush();
-    try {
-      return m_reader.Next();
-    } catch (const std::ios_base::failure& error) {
-      m_writer.Flush();
-      throw std::system_error(error.code(), "cannot read " + m_name);
-    }
-  }
-
-  /// False if the line has an error.
-  bool TakeLine() {
-    const std::optional<std::string> text = Convert();
-    if (!text) return false;
-    if (m_bNeedsSeparator) m_writer.Append("\n");
-    m_bNeedsSeparator = m_options.m_format == NormalizeOptions::Format::kText;
-    m_writer.Append(*text);
-    return true;
-  }
-
-  /// What goes wrong with one line ends in its place, whatever it is.
-  std::optional<std::string> Convert() {
-    try {
-      return NormalFormText(*ParseCondition(m_reader.GetLine()), m_options);
-    } catch (const SqlError& error) {
-      TakeError(error);
-    } catch (const ErrorMessage& error) {
-      TakeError(SqlError(0, error.GetText().ToUTF8()));
-    } catch (const std::bad_alloc&) {
-      TakeError(SqlError(0, "there is not enough memory for this condition"));
-    } catch (const std::exception& error) {
-      TakeError(SqlError(0, error.what()));
-    }
-    return std::nullopt;
-  }
-
-  void TakeError(const SqlError& error) {
-    const std::string& line = m_reader.GetLine();
-    const SqlPlace place{m_reader.GetLineNumber(), PlaceOf(line, error.GetOffset()).m_column};
-    if (m_options.m_format == NormalizeOptions::Format::kJson) {
-      m_writer.Append(ErrorObject(error.what(), place.m_line, place.m_column));
-    } else {
-      m_progress.Clear();
-      m_err << MessageText(m_name + ", ", error, place, line);
-    }
-  }
-
-  LineReader m_reader;
-  const std::string& m_name;
-  const NormalizeOptions& m_options;
-  BlockWriter m_writer;
-  std::ostream& m_err;
-  Progress m_progress;
-  bool m_bNeedsSeparator = false;
-  bool m_bAllGood = true;
-};
 
 }  // namespace
 
@@ -155,11 +60,17 @@ int CommandNormalize::Run(CommandStreams& streams) {
   const bool bHasArguments = !m_conditions.empty() && !bIsDash;
   if (!m_conditions.empty() && m_file) throw UsageError("conditions and --file do not go together");
   if (bHasArguments) return RunArguments(streams);
-  if (m_file && *m_file != kStandardInput) return RunFile(*m_file, streams);
+  const ConditionStreamOptions options{
+      m_file && *m_file != kStandardInput ? *m_file : "standard input",
+      m_options.m_format == NormalizeOptions::Format::kJson,
+      [this](const std::string& line) { return NormalFormText(*ParseCondition(line), m_options); }};
+  if (m_file && *m_file != kStandardInput) {
+    return RunConditionFile(*m_file, options, streams) ? kExitSuccess : kExitError;
+  }
   if (!bIsDash && !m_file && streams.m_bInIsTerminal) {
     throw UsageError("nothing to normalize: give conditions, --file FILE, or - for the standard input");
   }
-  return RunStream(streams.m_in, "standard input", streams);
+  return RunConditionStream(streams.m_in, options, streams) ? kExitSuccess : kExitError;
 }
 
 void CommandNormalize::ReadOptions(CommandStreams& streams) {
@@ -196,14 +107,4 @@ int CommandNormalize::RunArguments(CommandStreams& streams) const {
   writer.Append(output);
   writer.Flush();
   return kExitSuccess;
-}
-
-int CommandNormalize::RunFile(const std::string& name, CommandStreams& streams) const {
-  std::ifstream file(name, std::ios::binary);
-  if (!file) throw std::system_error(errno, std::generic_category(), "cannot read " + name);
-  return RunStream(file, name, streams);
-}
-
-int CommandNormalize::RunStream(std::istream& in, const std::string& name, CommandStreams& streams) const {
-  return ConditionStream(in, name, m_options, streams).Run() ? kExitSuccess : kExitError;
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <functional>
-#include <iosfwd>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,8 +25,6 @@ class CommandNormalize final : public Command {
  private:
   void ReadOptions(CommandStreams& streams);
   int RunArguments(CommandStreams& streams) const;
-  int RunFile(const std::string& name, CommandStreams& streams) const;
-  int RunStream(std::istream& in, const std::string& name, CommandStreams& streams) const;
 
   std::string m_form = "cnf";
   std::string m_format = "text";

@@ -296,8 +296,8 @@ bool NegationRewriter<Derived>::Visit(RqExprCondAtomicWrapper& cond) {
 template class NegationRewriter<InwardNegationForm>;
 template class NegationRewriter<NegateCondExpr>;
 
-/// Law: the number of clauses of an And is at most the sum of those of its operands, that of an Or their product. In the
-///      dual form it is the other way round, and a Not turns one form into the other.
+/// Law: an And has at most the sum of the clauses of its operands, an Or their product.
+///      In the dual form it is the other way round, and a Not turns one form into the other.
 /// Wanted: an In counts its values in the dual form alone, and its own negation is not looked at.
 std::uint32_t InwardNegationForm::CheckComplexityScore(const RqExprCond* cond, bool bNegated, std::uint32_t& limit) {
   KXThread::LowStackCheck(0);
