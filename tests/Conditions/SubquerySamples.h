@@ -52,7 +52,8 @@ inline RqExprPhysicalSubquery* PhysicalSubquery(const KXString& text, std::uint3
 }
 inline RqExprPhysicalSubquery* PhysicalSubquery(const KXString& text) { return PhysicalSubquery(text, TextCRC(text)); }
 
-inline RqExprPersistSubquery* PersistSubquery(const wchar_t* text, const wchar_t* table = L"TT", const wchar_t* column = L"C1") {
+inline RqExprPersistSubquery* PersistSubquery(const wchar_t* text, const wchar_t* table = L"TT",
+                                              const wchar_t* column = L"C1") {
   return new RqExprPersistSubquery(text, VoidID(3023, 4u), ServerInfo::kSQLite, table, column);
 }
 

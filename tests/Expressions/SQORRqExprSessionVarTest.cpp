@@ -11,6 +11,7 @@
 #include "Host/ServerLog.h"
 #include "HostMemory/MemoryGateway.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprColumnList.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprExternal.h"
 
 namespace {
 
@@ -114,25 +115,13 @@ TEST(SessionVar, IsNonZeroByItsValue) {
 
 // Bundles
 
-/// Stands where a lookup will: its kind is borrowed.
-class TestLookup final : public RqExpr {
- public:
-  TestLookup() = default;
-  TestLookup(const TestLookup& rhs, bool bNewIDs, bool bDeepCopy) : RqExpr(rhs, bNewIDs, bDeepCopy) {}
-  RqNode* DeepCopy(bool bNewIDs) const override { return new TestLookup(*this, bNewIDs, true); }
-  RqExpr* ShallowCopy() const override { return new TestLookup(*this, true, false); }
-  RqNodeType_e GetObjectType() const override { return kRqExprLookup; }
-  using RqExpr::Accept;
-  bool Accept(AVisitorRqExpr&) override { return false; }
-};
-
 TEST(SessionVar, TakesItsValueFromTheBundleOfTheLookupAboveIt) {
   const auto make = [](const KXString& name) { return new RqExprSessionVar(KXStringPair(L"B", name)); };
   const KXString bundleName = KXString(MetadataUtil::kVBLBundlePrefix) + L"LANG";
   MemoryGateway rp;
   rp.SetSessionVariable(L"B", L"LANG", L"en").SetSessionVariable(L"B", L"lang", L"de");
 
-  TestLookup lookup;
+  RqExprLookup lookup;
   RqExprSessionVar* const pVariable = make(bundleName);
   lookup.AddChild(pVariable);
   Heap<PropertyValue> value;

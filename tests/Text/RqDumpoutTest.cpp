@@ -8,11 +8,13 @@
 #include <iterator>
 #include <set>
 #include <string>
+#include <tuple>
 #include <type_traits>
 #include <vector>
 
 #include "Conditions/SubquerySamples.h"
 #include "Expressions/ExprSamples.h"
+#include "Expressions/ScalarSamples.h"
 #include "Host/ErrorMessage.h"
 #include "Host/KXThread.h"
 #include "Host/SUSystemConfig.h"
@@ -130,6 +132,16 @@ RqExpr* JoinFilter(int joinType) {
   return new RqExprCondOuterJoinFilter(Less(1, 2), static_cast<SqlTableRef::JoinType>(joinType));
 }
 
+RqExpr* EvaluateText() {
+  RqExprVector exprs{Int(1)};
+  return new RqExprEvaluate(L"f('%1')", exprs);
+}
+
+RqExpr* PredictFrom(const VoidID& source) {
+  RqExprVector none;
+  return new RqExprPredict(source, L"m", false, none);
+}
+
 KorvelNumber Number(const wchar_t* text) { return PropertyValueString(text).ToNumberValue().GetNumber(); }
 
 std::vector<Sample> RqDumpoutTest::Samples() {
@@ -239,6 +251,12 @@ std::vector<Sample> RqDumpoutTest::Samples() {
       {new RqExprCondAllGreaterThan(Param(1), LogicalSubquery(L"SELECT 1")), "?1 >ALL (SELECT 1)"},
       {new RqExprCondAllGreaterEqual(Param(1), LogicalSubquery(L"SELECT 1")), "?1 >=ALL (SELECT 1)"},
       {new RqExprCondExists(PhysicalSubquery(L"RqList q")), " EXISTS (Subquery(RqList q))"},
+      // Functions whose text depends on the settings; the others are shared samples
+      {EvaluateText(), "Evaluate( 'f('%1')', 1) ", "Evaluate( 'f(''%1'')', 1) "},
+      {PredictFrom(m_warehouse), "Predict(3023:40, modelname=m, [], [])", "Predict('Warehouse', modelname=m, [], [])",
+       "Predict('Warehouse', modelname=m, [], [])"},
+      {new RqExprTimeDimSeqNum(Param(1), RefALevel(&rp, m_quarter)), "TimeDimSeqNum(?1, 1.3005:21 )",
+       "TimeDimSeqNum(?1, \"Time\".\"Quarter\" )", "TimeDimSeqNum(?1, Quarter )"},
       // Hierarchy predicates
       {new RqExprIsAncestor(Param(1), Param(2), Int(2), false), "IsAncestor(?1, ?2, 2)"},
       {AncestorOfSource(), "IsAncestor(?1, ?2, 2, 3001:7)"},
@@ -261,7 +279,9 @@ TEST_F(RqDumpoutTest, TextOfEachSample) {
   ASSERT_TRUE(file);
   const std::string description(std::istreambuf_iterator<char>(file), {});
   std::set<RqNodeType_e> sampled;
-  for (const auto& [pNode, plain, external, named] : Samples()) {
+  std::vector<Sample> samples = Samples();
+  for (const ScalarSample& sample : ScalarSamples()) samples.push_back({sample.m_make(), sample.m_text});
+  for (const auto& [pNode, plain, external, named] : samples) {
     SCOPED_TRACE(plain);
     const Heap<RqNode> node(pNode);
     sampled.insert(node->GetObjectType());
@@ -292,6 +312,62 @@ TEST_F(RqDumpoutTest, TextOfEachSample) {
   EXPECT_TRUE(RqDumpout::StringFrom(nullptr, true, true).empty());
 }
 
+TEST_F(RqDumpoutTest, WordsOfEnumerations) {
+  const char* const parts[] = {"day_of_week",
+                               "name_of_day",
+                               "year",
+                               "month",
+                               "day",
+                               "hour",
+                               "minute",
+                               "second",
+                               "week_of_year",
+                               "day_of_year",
+                               "month_of_quarter",
+                               "week_of_quarter",
+                               "day_of_quarter",
+                               "week_of_month",
+                               "name_of_month",
+                               "quarter_of_year"};
+  for (std::uint32_t i = 0; i < KXDateTime::kNumExtractOpcodes; ++i) {
+    const auto part = static_cast<KXDateTime::ExtractOpcode>(i);
+    EXPECT_EQ(TextOf(RqExprCalendarExtract(Param(1), part)), std::string("extract(") + parts[i] + " from ?1)");
+  }
+  const char* const units[] = {"FRAC_SECOND", "SECOND", "MINUTE", "HOUR", "DAY", "WEEK", "MONTH", "QUARTER", "YEAR"};
+  for (std::uint32_t i = 0; i < KXDateTime::kNumUnitsOfTime; ++i) {
+    const auto unit = static_cast<KXDateTime::UnitOfTime>(i);
+    EXPECT_EQ(TextOf(RqExprTimestampAdd(Int(1), Param(1), unit)),
+              std::string("TimestampAdd(SQL_TSI_") + units[i] + ", 1, ?1)");
+  }
+}
+
+TEST_F(RqDumpoutTest, TypesOfCasts) {
+  const std::tuple<KXDataType, int, int, const char*> cases[] = {
+      {KXCharData, 0, 0, " CHARACTER "},
+      {KXCharData, 5, 0, " CHARACTER ( 5 )"},
+      {KXVarCharData, 0, 0, " VARCHAR ( 0 )"},
+      {KXLongVarCharData, 9, 0, " VARCHAR ( 9 )"},
+      {KXBitData, -1, 0, " BIT "},
+      {KXBinaryData, 8, 0, " BIT ( 8 )"},
+      {KXVarBinaryData, 8, 0, " BIT VARYING ( 8 )"},
+      {KXLongVarBinaryData, 8, 0, " BIT VARYING ( 8 )"},
+      {KXInt2Data, 0, 0, " SMALLINT "},
+      {KXInt4Data, 0, 0, " INTEGER "},
+      {KXFloatData, 24, 3, " FLOAT ( 24 )"},
+      {KXDoubleData, 0, 0, " DOUBLE PRECISION "},
+      {KXNumericData, -1, -1, " NUMERIC "},
+      {KXNumericData, 0, 0, " NUMERIC ( 0, 0 )"},
+      {KXDecimalData, 9, -1, " DECIMAL ( 9 )"},
+      {KXDateData, 0, 0, " DATE "},
+      {KXTimeData, 0, 0, " TIME ( 0 )"},
+      {KXTimeStampData, 6, 0, " TIMESTAMP ( 6 )"},
+      {KXDateTimeData, -1, 0, " TIMESTAMP "},
+  };
+  for (const auto& [type, precision, scale, text] : cases) {
+    EXPECT_EQ(TextOf(RqExprCast(Param(1), type, precision, scale)), "cast(?1 as " + std::string(text) + ") ");
+  }
+}
+
 TEST_F(RqDumpoutTest, ObjectThatTheGatewayLacksPrintsByNumber) {
   m_gateway.RemoveObject(m_sales).RemoveObject(m_facts).RemoveObject(m_quarter);
   EXPECT_EQ(NamedTextOf(RqEntity(&m_gateway, m_sales)), "1.3002:10");
@@ -302,13 +378,26 @@ TEST_F(RqDumpoutTest, ObjectThatTheGatewayLacksPrintsByNumber) {
 
 TEST_F(RqDumpoutTest, DamagedTreeHasAText) {
   const std::pair<RqExpr*, const char*> cases[] = {
-      {new RqExprCondEquality, " = "},     {new RqExprCondBetween(Int(1), nullptr, nullptr, false), "1 between  and "},
-      {new RqExprCondAnd, " and "},        {Make<RqExprCondOr>({nullptr, Int(1)}), " or 1"},
-      {new RqExprCondNot, "not "},         {Make<RqExprCondMultiColumnIn>({Param(1), Param(2)}), "(?1) in (?2)"},
-      {new RqExprCondIsNull, " is null"},  {new RqExprCondGroupByContent, "[GroupByContent ]"},
-      {new RqExprCondLike, " like "},      {new RqExprCondAtomicWrapper, "Atomic[]"},
-      {new RqExprCondIn, " in ()"},        {new RqExprCondOuterJoinFilter, "OuterJoinFilter[Inner join, ]"},
-      {new RqExprMemberReference, ".ALL"}, {Make<RqExprIsAncestor>({nullptr, Int(1), nullptr}), "IsAncestor(, 1, )"}};
+      {new RqExprCondEquality, " = "},
+      {new RqExprCondBetween(Int(1), nullptr, nullptr, false), "1 between  and "},
+      {new RqExprCondAnd, " and "},
+      {Make<RqExprCondOr>({nullptr, Int(1)}), " or 1"},
+      {new RqExprCondNot, "not "},
+      {Make<RqExprCondMultiColumnIn>({Param(1), Param(2)}), "(?1) in (?2)"},
+      {new RqExprCondIsNull, " is null"},
+      {new RqExprCondGroupByContent, "[GroupByContent ]"},
+      {new RqExprCondLike, " like "},
+      {new RqExprCondAtomicWrapper, "Atomic[]"},
+      {new RqExprCondIn, " in ()"},
+      {new RqExprCondOuterJoinFilter, "OuterJoinFilter[Inner join, ]"},
+      {new RqExprAdd, " + "},
+      {Make<RqExprReplace>({Int(1), nullptr, Int(2)}), "replace(1 ,  , 2)"},
+      {new RqExprUnaryMinus, "-"},
+      {Make<RqExprIfCase>({nullptr, Less(1, 2)}), "case  when 1 < 2 then  end "},
+      {new RqExprExp, "exp()"},
+      {Make<RqExprLookup>({nullptr, Int(1)}), "lookup( SPARSE , 1) "},
+      {new RqExprMemberReference, ".ALL"},
+      {Make<RqExprIsAncestor>({nullptr, Int(1), nullptr}), "IsAncestor(, 1, )"}};
   for (const auto& [pExpr, text] : cases) EXPECT_EQ(TextOf(*Heap<RqExpr>(pExpr)), text);
 }
 

@@ -179,11 +179,12 @@ TEST(Normalize, WhatHasNoEffectIsNoted) {
 
 TEST(Normalize, AnErrorInAnArgumentLeavesTheOutputEmpty) {
   for (const char* const pFormat : {"text", "json"}) {
-    const RqRun run = Normalize({"--format", pFormat, "a = 1", "b IN (1,\n\t2 +", "lower(c) = 'x'"});
+    const RqRun run = Normalize({"--format", pFormat, "a = 1", "b IN (1,\n\t2 +", "soundex(c) = 'x'"});
     EXPECT_EQ(run.m_out, "");
     EXPECT_EQ(run.m_err,
               "rq: condition 2, line 2, column 5: syntax error at end of input\n  \t2 +\n  \t   ^\n"
-              "rq: condition 3, line 1, column 1: the function lower is not supported\n  lower(c) = 'x'\n  ^\n");
+              "rq: condition 3, line 1, column 1: the function soundex is not supported; rq normalize "
+              "--help lists those that are\n  soundex(c) = 'x'\n  ^\n");
     EXPECT_EQ(run.m_status, 2);
   }
   EXPECT_EQ(Normalize({""}).m_err, "rq: line 1, column 1: there is no condition here\n  \n  ^\n");

@@ -61,7 +61,9 @@ RefADatabase FindDatabase(const KXString& name, MemoryGateway& gateway) {
     return RefADatabase(&gateway, made.GetID());
   }
   KXString names;
-  const auto append = [&names](const KXString& existing) { names.append(names.empty() ? L"" : L", ").append(existing); };
+  const auto append = [&names](const KXString& existing) {
+    names.append(names.empty() ? L"" : L", ").append(existing);
+  };
   for (const RefADatabase& database : databases) append(database->GetName());
   for (const KXString& preset : FeaturePresets::GetNames()) append(preset);
   Fail(L"there is no database " + name + L"; there are " + names);
@@ -105,8 +107,7 @@ FeatureProperty ParseProperty(const KXString& name) {
     }
   }
   property.m_id = FindFeature(text.substr(isPlace + kIs.size()));
-  const KXString exact =
-      FeaturesMgr::FormDBFeatureVariableName(property.m_target, property.m_id, property.m_bGeneric);
+  const KXString exact = FeaturesMgr::FormDBFeatureVariableName(property.m_target, property.m_id, property.m_bGeneric);
   if (exact != name) Fail(L"--set " + name + L": the property is named " + exact);
   return property;
 }

@@ -8,13 +8,14 @@
 #include "rq/ConditionStream.h"
 #include "rq/io/BlockWriter.h"
 #include "rq/sql/ConditionBuilder.h"
+#include "rq/sql/ScalarFunctions.h"
 #include "rq/sql/SqlText.h"
 
 namespace {
 
 constexpr const char* kStandardInput = "-";
 
-constexpr const char* kFooter =
+constexpr const char* kConditionsHelp =
     R"help(Conditions come as arguments, one each, or one a line from a file or the
 standard input; blank lines and lines that begin with -- are passed over.
 Write -- before a condition that begins with a dash.
@@ -26,9 +27,29 @@ The environment bounds what is tried: TELMA_CNF_COMPLEXITY_LIMIT (512) and
 TELM_CNF_UNIQUE_CONDITION_LIMIT (16) for cnf and cnf-conjuncts,
 TELMA_DNF_COMPLEXITY_LIMIT (1024) for dnf.
 
+A condition is one of PostgreSQL's grammar. It may hold + - * / % ^ ||, CASE,
+CAST, COALESCE, NULLIF, TRIM, USER and the functions
+)help";
+
+constexpr const char* kExamplesHelp =
+    R"help(
 Examples:
   rq normalize "NOT (status IN ('open', 'held') OR amount < 10)"
-  rq normalize --form dnf --format json --file conditions.sql)help";
+  rq normalize --form dnf --format json --file conditions.sql
+  rq normalize "CASE WHEN EXTRACT(MONTH FROM d) < 4 THEN 'Q1' END = 'Q1'")help";
+
+/// The names of the functions in lines of the help's width.
+std::string FunctionsHelp() {
+  constexpr std::size_t kWidth = 78;
+  std::string lines;
+  std::string line;
+  for (const ScalarFunction& function : GetScalarFunctions()) {
+    if (function.m_name.starts_with('#')) continue;
+    if (line.size() + 1 + function.m_name.size() > kWidth) lines.append(std::exchange(line, {})).append(1, '\n');
+    line.append(line.empty() ? "  " : " ").append(function.m_name);
+  }
+  return lines.append(line).append(1, '\n');
+}
 
 }  // namespace
 
@@ -51,7 +72,7 @@ void CommandNormalize::Define(CLI::App& app) {
       ->check(CLI::Range(-1, INT_MAX).description(""))
       ->type_name("N")
       ->capture_default_str();
-  app.footer(kFooter);
+  app.footer(kConditionsHelp + FunctionsHelp() + kExamplesHelp);
 }
 
 int CommandNormalize::Run(CommandStreams& streams) {

@@ -112,6 +112,6 @@ bool RunConditionStream(std::istream& in, const ConditionStreamOptions& options,
 
 bool RunConditionFile(const std::string& file, const ConditionStreamOptions& options, CommandStreams& streams) {
   std::ifstream in(file, std::ios::binary);
-  if (!in) throw std::system_error(errno, std::generic_category(), "cannot read '" + file + '\'');
+  if (!in) throw std::system_error(errno, std::generic_category(), "cannot read " + file);
   return RunConditionStream(in, options, streams);
 }

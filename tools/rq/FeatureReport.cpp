@@ -11,9 +11,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 using FeatureId = SUFeaturesTable::FeatureId;
 
-std::string NameOf(const FeatureAnswer& answer) {
-  return SUFeaturesTable::GetFeatureNameFromId(answer.m_id).ToUTF8();
-}
+std::string NameOf(const FeatureAnswer& answer) { return SUFeaturesTable::GetFeatureNameFromId(answer.m_id).ToUTF8(); }
 
 std::string TargetOf(const RefADatabase& database) {
   return ServerInfo::GetTargetNameFromEnum(database->GetTargetType()).ToUTF8();

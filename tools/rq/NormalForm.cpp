@@ -7,8 +7,8 @@
 
 #include "Query/Optimizer/Request/Conditions/SQORInwardNegationForm.h"
 #include "Query/Optimizer/Request/Conditions/SQORToCNF.h"
-#include "Query/Optimizer/Request/Node/SQORRqHandleNode.h"
 #include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
+#include "rq/RowIns.h"
 
 namespace {
 
@@ -16,36 +16,6 @@ using Json = nlohmann::ordered_json;
 using Form = NormalizeOptions::Form;
 
 std::string TextOf(const RqExprCond* pCond) { return RqDumpout::StringFrom(pCond).ToUTF8(); }
-
-// ---------------------------------------------------------------------------------------------------------------------
-// Rows below a negation
-
-/// The INs over rows that the rewriters would have to negate: those that a NOT reaches through ANDs and ORs. One right
-/// under a NOT stays there.
-std::vector<RqExprCondMultiColumnIn*> FindRowInsToNegate(RqExprCond& root) {
-  std::vector<RqExprCondMultiColumnIn*> found;
-  std::vector<std::pair<RqExprCond*, bool>> work{{&root, false}};
-  while (!work.empty()) {
-    const auto [pCond, bNegated] = work.back();
-    work.pop_back();
-    if (pCond->IsAndCond() || pCond->IsOrCond()) {
-      for (int i = 0; i < pCond->GetNumOperands(); ++i) {
-        work.emplace_back(static_cast<RqExprCond*>(pCond->GetIthOperand(i)), bNegated);
-      }
-    } else if (pCond->IsNotConnective()) {
-      RqExprCond* const pInner = static_cast<RqExprCondNot*>(pCond)->GetInnerOperand();
-      if (!pInner->IsCanonicalAtomicPredicate()) work.emplace_back(pInner, !bNegated);
-    } else if (bNegated && pCond->GetObjectType() == kRqExprCondMultiColumnIn) {
-      found.push_back(static_cast<RqExprCondMultiColumnIn*>(pCond));
-    }
-  }
-  return found;
-}
-
-void ExpandRowInsToNegate(RqExprCond& root) {
-  RqHandleNode replaced;
-  for (RqExprCondMultiColumnIn* const pRowIn : FindRowInsToNegate(root)) pRowIn->Replace(pRowIn->Expand(), replaced);
-}
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Conversion

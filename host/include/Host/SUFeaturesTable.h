@@ -22,16 +22,17 @@ class SUFeaturesTable {
 #undef HOST_FEATURE_MARK
   };
 
-  // What may stand in the list of an IN: values of kFeature_ExpressionSupportLevelInInList, each more than the one above.
+  // What may stand in the list of an IN: values of kFeature_ExpressionSupportLevelInInList, each more than the one
+  // above.
   static constexpr std::uint32_t kConstantOnly = 0;
   static constexpr std::uint32_t kConstantDerivedExpression = 1;
   static constexpr std::uint32_t kConstantColumnReferenced = 2;
 
   /// The types that the bits of a conversion mask stand for, from bit 0 on.
   static constexpr std::wstring_view kConversionTypeNames[] = {
-      L"CHAR",          L"NUMERIC", L"DECIMAL",   L"INTEGER", L"SMALL_INT", L"FLOAT", L"REAL", L"DOUBLE",    L"VAR_CHAR",
-      L"LONG_VAR_CHAR", L"BINARY",  L"VAR_BINARY", L"BIT",     L"TINY_INT",  L"BIG_INT", L"DATE", L"TIME", L"TIMESTAMP",
-      L"LONG_VAR_BINARY"};
+      L"CHAR",    L"NUMERIC",  L"DECIMAL",       L"INTEGER",   L"SMALL_INT",      L"FLOAT", L"REAL",
+      L"DOUBLE",  L"VAR_CHAR", L"LONG_VAR_CHAR", L"BINARY",    L"VAR_BINARY",     L"BIT",   L"TINY_INT",
+      L"BIG_INT", L"DATE",     L"TIME",          L"TIMESTAMP", L"LONG_VAR_BINARY"};
 
   /// All features, in the order of their numbers.
   static std::span<const FeatureId> GetFeatureIds();
@@ -47,8 +48,8 @@ class SUFeaturesTable {
 
   /// The enumerator without its prefix "kFeature", in words of upper case: LEFT_OUTER_JOIN of kFeature_LeftOuterJoin,
   /// PERF_MINIMAL_WITH of kFeaturePerf_MinimalWith, N_TILE of kFeature_NTile. A word begins with an upper-case letter
-  /// that does not follow one, or that a lower-case letter follows. Request properties are named so. A mark has the name
-  /// of the feature whose number it has; a number that is no feature, the empty one.
+  /// that does not follow one, or that a lower-case letter follows. Request properties are named so. A mark has the
+  /// name of the feature whose number it has; a number that is no feature, the empty one.
   static KXString GetFeatureNameFromId(FeatureId id);
 
   /// The feature of a name or of an enumerator; letter case and underscores do not matter. kFeature_Invalid if there is

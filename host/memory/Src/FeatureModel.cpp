@@ -49,7 +49,8 @@ void ReadFeatures(const JsonCursor& cursor, SUFeaturesTable& features) {
   cursor.ForEachMember([&](const std::string& key, const JsonCursor& member) {
     const KXString name = BaseStringUtil::StdStringToString(key);
     const FeatureId id = SUFeaturesTable::GetFeatureIDFromName(name);
-    if (id == SUFeaturesTable::kFeature_Invalid) member.Raise(L"no such feature" + DidYouMean(name, SUFeaturesTable::GetFeatureNames()));
+    if (id == SUFeaturesTable::kFeature_Invalid)
+      member.Raise(L"no such feature" + DidYouMean(name, SUFeaturesTable::GetFeatureNames()));
     if (!seen.insert(id).second) {
       member.Raise(L"the feature " + SUFeaturesTable::GetFeatureNameFromId(id) + L" stands here twice");
     }

@@ -8,7 +8,7 @@
 
 #include "Host/KXString.h"
 
-using Json = nlohmann::ordered_json;
+using Json = nlohmann::json;
 
 /// Reads JSON. Raises ErrorMessage kMsgModel with line and column if the text is none, and with the path if an object
 /// has two members of one key.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -9,6 +10,8 @@
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprColumnList.h"
 #include "rq/sql/SqlParser.h"
+
+struct ScalarFunction;
 
 /// The condition that a text of SQL says, with what it says kept as far as the tree can: nothing is rewritten.
 ///
@@ -25,17 +28,42 @@
 ///   intervals       INTERVAL '...' [unit]: the literal as text
 ///   parameters      $n
 ///   session         VALUEOF("block"."name"): a session variable
+///   operators       + - * / % ^ || and the minus of one operand
+///   functions       those of ScalarFunctions.h, also in the special forms that the standard and the text form have for
+///                   them; COALESCE and NULLIF; USER and CURRENT_USER
+///   CASE            with a key: a lookup; without one: conditions
+///   casts           CAST(a AS type) and a::type, to the types that have a text
 ///   rows            (a, b) IN ((1, 2), ...)
 ///
 /// Raises SqlError at the place of anything else, and ErrorMessage when the stack runs low. Text that nests up to
 /// kMaxSqlNesting levels needs some MiB of stack.
 OwnedRqExprCondPtr ParseCondition(std::string_view text);
 
+/// The numbers of tables, from 1 as they appear: conditions about the same tables are parsed with one of these.
+class SqlTables {
+ public:
+  /// The number of the table that a qualifier names.
+  int GetNumber(std::span<const std::string> qualifier);
+
+ private:
+  std::unordered_map<std::string, int> m_numbers;  ///< By qualifier, its names each ended by a zero byte.
+};
+
+/// What a condition is parsed with.
+struct SqlContext {
+  SqlTables m_tables;
+  /// If not null, a session variable without a value there is an error at its place.
+  ARpGateway* m_pSession = nullptr;
+};
+
+/// The same in a context, which is lent.
+OwnedRqExprCondPtr ParseCondition(std::string_view text, SqlContext& context);
+
 /// Makes the tree of one parsed condition: a method for each kind of node of the parser, found by the kind's name.
 class ConditionBuilder {
  public:
-  /// The condition is lent.
-  explicit ConditionBuilder(const SqlCondition& condition) : m_condition(condition) {}
+  /// Both are lent.
+  ConditionBuilder(const SqlCondition& condition, SqlContext& context) : m_condition(condition), m_context(context) {}
 
   OwnedRqExprCondPtr Build() { return BuildCondition(m_condition.GetExpression()); }
 
@@ -52,6 +80,7 @@ class ConditionBuilder {
   OwnedRqExprPtr BuildExpr(SqlNode node);
   OwnedRqExprCondPtr BuildCondition(SqlNode node);
   OwnedRqExprPtr BuildValue(SqlNode node);
+  OwnedRqExprPtr BuildValueOrNone(SqlNode node) { return node.IsNone() ? OwnedRqExprPtr() : BuildValue(node); }
   OwnedRqExprPtr BuildBy(const Construct* pConstruct, SqlNode node);
 
   // The kinds of nodes.
@@ -62,8 +91,10 @@ class ConditionBuilder {
   OwnedRqExprPtr BuildConstant(SqlNode node);
   OwnedRqExprPtr BuildParameter(SqlNode node);
   OwnedRqExprPtr BuildFunction(SqlNode node);
-  OwnedRqExprPtr BuildTypedLiteral(SqlNode node);
-  OwnedRqExprPtr BuildMomentToken(SqlNode node);
+  OwnedRqExprPtr BuildCase(SqlNode node);
+  OwnedRqExprPtr BuildCoalesce(SqlNode node);
+  OwnedRqExprPtr BuildTypeCast(SqlNode node);
+  OwnedRqExprPtr BuildValueFunction(SqlNode node);
 
   // The forms of operators.
   OwnedRqExprPtr BuildOperator(SqlNode node);
@@ -72,23 +103,27 @@ class ConditionBuilder {
   OwnedRqExprPtr BuildBetween(SqlNode node);
 
   // The functions.
+  OwnedRqExprPtr BuildScalar(const ScalarFunction& function, SqlNode node);
   OwnedRqExprPtr BuildSessionVariable(SqlNode node);
 
   // The types of literals.
+  OwnedRqExprPtr BuildTypedLiteral(SqlNode node);
   OwnedRqExprPtr BuildDate(SqlNode node);
   OwnedRqExprPtr BuildTime(SqlNode node);
   OwnedRqExprPtr BuildTimestamp(SqlNode node);
   OwnedRqExprPtr BuildInterval(SqlNode node);
 
-  // The tokens of moments.
+  // The words that stand for a value.
   OwnedRqExprPtr BuildCurrentDate(SqlNode node);
   OwnedRqExprPtr BuildCurrentTime(SqlNode node);
   OwnedRqExprPtr BuildCurrentTimestamp(SqlNode node);
 
   template <class Junction>
   OwnedRqExprPtr BuildJunction(SqlNode node);
-  template <class Comparison>
-  OwnedRqExprPtr BuildComparison(SqlNode node);
+  template <class Binary>
+  OwnedRqExprPtr BuildBinary(SqlNode node);
+  template <class Node>
+  OwnedRqExprPtr BuildNode(SqlNode node);
   template <class Value>
   Value ReadMoment(SqlNode node, const char* whatItIsNot);
   OwnedRqExprPtr BuildRowIn(SqlNode node);
@@ -98,8 +133,8 @@ class ConditionBuilder {
   std::int32_t ReadFoldedInteger(std::size_t offset) const;
   std::vector<std::string> ReadNames(SqlNode columnRef) const;
   std::vector<std::string> ReadNamesFromText(std::size_t offset, std::size_t nNames) const;
-  int TableNumberOf(const std::vector<std::string>& names);
+  int TableNumberOf(const std::vector<std::string>& names) const;
 
   const SqlCondition& m_condition;
-  std::unordered_map<std::string, int> m_tableNumbers;  ///< By qualifier, its names each ended by a zero byte.
+  SqlContext& m_context;
 };

@@ -8,6 +8,7 @@
 
 #include "rq/sql/SqlLexer.h"
 #include "rq/sql/SqlNesting.h"
+#include "rq/sql/SqlSpelling.h"
 #include "rq/sql/SqlText.h"
 
 namespace {
@@ -118,12 +119,13 @@ SqlNode Single(SqlNode array) {
   return elements.size() == 1 ? elements.front() : SqlNode();
 }
 
-SqlTree Parse(std::string_view text) {
-  if (text.size() > kMaxSqlBytes) {
+SqlTree Parse(std::string_view written) {
+  if (written.size() > kMaxSqlBytes) {
     throw SqlError(kMaxSqlBytes, "the condition is longer than " + std::to_string(kMaxSqlBytes >> 20) + " MiB");
   }
-  CheckIsText(text);
-  CheckSqlNesting(text);
+  CheckIsText(written);
+  CheckSqlNesting(written);
+  const std::string text = RespellSql(written);
   std::string statement;
   statement.reserve(kFrameBegin.size() + text.size() + kFrameEnd.size());
   statement.append(kFrameBegin).append(text).append(kFrameEnd);
@@ -140,6 +142,6 @@ SqlCondition::SqlCondition(std::string_view text) : m_text(text), m_tree(Parse(t
   const SqlNode when = Single(frame.Get("args"));
   const bool bIsFrame =
       frame.GetKind() == "CaseExpr" && when.Get("result").GetLocation() == text.size() + kFrameConstant;
-  if (!bIsFrame) RaiseWithoutFrame(text);
+  if (!bIsFrame) RaiseWithoutFrame(RespellSql(text));
   m_expression = when.Get("expr");
 }

@@ -106,7 +106,9 @@ class MemoryDatabase final : public MemoryRpObject<ADatabase, kTIDADatabase> {
 
   ServerInfo::TargetType GetTargetType() const override { return m_targetType; }
   bool GetBooleanFeatureValue(SUFeaturesTable::FeatureId id) const override { return m_features.GetBoolean(id); }
-  std::uint32_t GetIntegerFeatureValue(SUFeaturesTable::FeatureId id) const override { return m_features.GetUInt32(id); }
+  std::uint32_t GetIntegerFeatureValue(SUFeaturesTable::FeatureId id) const override {
+    return m_features.GetUInt32(id);
+  }
   KXString GetStringFeatureValue(SUFeaturesTable::FeatureId id) const override { return m_features.GetString(id); }
 
  private:

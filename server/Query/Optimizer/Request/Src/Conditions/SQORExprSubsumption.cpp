@@ -226,9 +226,9 @@ class Conjunct {
   bool Has(const RqExpr& expr) {
     const std::vector<Disjunct>& disjuncts = GetDisjuncts();
     const RqShallowLessThan less;
-    const auto found = std::partition_point(
-        disjuncts.begin(), disjuncts.end(),
-        [&](const Disjunct& disjunct) { return disjunct.GetExpr().IsLessThan(expr, less); });
+    const auto found = std::partition_point(disjuncts.begin(), disjuncts.end(), [&](const Disjunct& disjunct) {
+      return disjunct.GetExpr().IsLessThan(expr, less);
+    });
     return found != disjuncts.end() && !expr.IsLessThan(found->GetExpr(), less);
   }
 

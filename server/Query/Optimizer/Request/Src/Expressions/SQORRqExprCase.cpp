@@ -53,6 +53,47 @@ void RqExprCoalesce::AddValueExpr(OwnedRqExprPtr valueExpr) {
 // ---------------------------------------------------------------------------------------------------------------------
 // RqExprCast
 
+bool RqExprCast::IsCastType(KXDataType type) {
+  switch (type) {
+    case KXBitData:
+    case KXCharData:
+    case KXVarCharData:
+    case KXLongVarCharData:
+    case KXBinaryData:
+    case KXVarBinaryData:
+    case KXLongVarBinaryData:
+    case KXInt2Data:
+    case KXInt4Data:
+    case KXFloatData:
+    case KXDoubleData:
+    case KXNumericData:
+    case KXDecimalData:
+    case KXDateData:
+    case KXTimeData:
+    case KXDateTimeData:
+    case KXTimeStampData:
+      return true;
+    case KXInt1Data:
+    case KXUInt1Data:
+    case KXUInt2Data:
+    case KXUInt4Data:
+    case KXMoneyData:
+    case KXIntervalData:
+    case KXObjectData:
+    case KXBoolean:
+    case KXUnknown:
+    case KXMaxType:
+      break;
+  }
+  return false;
+}
+
+const_iterator RqExprCast::FromByteVector(const_iterator start) {
+  const const_iterator end = RqScalarWithFields::FromByteVector(start);
+  if (!IsCastType(m_toDataType)) DataBlobUtil::RaiseMalformedIfBounded(start, L"type of a cast");
+  return end;
+}
+
 bool RqExprCast::IsAlwaysNull() const {
   const RqExpr* const pOperand = GetIthOperand(kOperand);
   return pOperand && pOperand->IsAlwaysNull();

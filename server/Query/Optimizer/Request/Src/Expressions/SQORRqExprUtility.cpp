@@ -1,10 +1,10 @@
 #include "Query/Optimizer/Request/Expressions/SQORRqExprUtility.h"
 
-#include <algorithm>
 #include <list>
 
 #include "Host/KXAssert.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprExternal.h"
 #include "Query/Optimizer/Request/Node/SQORRqNodeUtil.h"
 #include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
 
@@ -127,6 +127,15 @@ void ConjunctUtility::UnNegateTopNBottomNConjunct(OwnedRqExprCondPtr& conjunct, 
 
 void ConjunctUtility::UnNegateTopNBottomNConjuncts(OwnedRqExprCondVector& conjuncts, RqHandleNode& releaseContainer) {
   for (OwnedRqExprCondPtr& conjunct : conjuncts) UnNegateTopNBottomNConjunct(conjunct, releaseContainer);
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Sweeps
+
+void RqExprUtility::RemoveExternalJoiningIndexes(RqExpr* pExpr) {
+  std::list<RqNode*> externalData;
+  FindNodes(pExpr, RqNode::IsObjectType(kRqExprExternalData), externalData, false);
+  for (RqNode* const pNode : externalData) static_cast<RqExprExternalData*>(pNode)->RemoveExternalJoiningIndexVector();
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

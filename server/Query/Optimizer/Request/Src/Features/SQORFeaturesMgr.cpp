@@ -72,7 +72,8 @@ Override<KXString> FindStringOverride(const ADatabase& database, FeatureId id, A
   return FindOverride(database, id, gateway, &ARpGateway::GetStringRequestProperty);
 }
 
-std::uint32_t LimitOf(const Ref<ADatabase>& database, FeatureId id, ARpGateway* gateway, std::uint32_t withoutDatabase) {
+std::uint32_t LimitOf(const Ref<ADatabase>& database, FeatureId id, ARpGateway* gateway,
+                      std::uint32_t withoutDatabase) {
   return database.IsNull() ? withoutDatabase : FeaturesMgr::GetIntegerFeatureValue(database, id, gateway);
 }
 
@@ -245,7 +246,8 @@ bool FeaturesMgr::IsConversionSupported(const Ref<ADatabase>& database, KXDataTy
                                         ARpGateway* gateway) {
   if (database.IsNull()) return false;
   const Conversion* const pSource = FindConversion(from);
-  return pSource && pSource->m_mask && IsConversionBitOn(GetIntegerFeatureValue(database, *pSource->m_mask, gateway), to);
+  return pSource && pSource->m_mask &&
+         IsConversionBitOn(GetIntegerFeatureValue(database, *pSource->m_mask, gateway), to);
 }
 
 bool FeaturesMgr::IsConversionBitOn(std::uint32_t mask, KXDataType type) {

@@ -339,19 +339,9 @@ CastType GetCastType(KXDataType type) {
     case KXDateTimeData:
     case KXTimeStampData:
       return {L" TIMESTAMP ", CastType::kPrecision};
-    case KXInt1Data:
-    case KXUInt1Data:
-    case KXUInt2Data:
-    case KXUInt4Data:
-    case KXMoneyData:
-    case KXIntervalData:
-    case KXObjectData:
-    case KXBoolean:
-    case KXUnknown:
-    case KXMaxType:
-      break;
+    default:
+      KX_LOGIC_ERROR(L"");
   }
-  KX_LOGIC_ERROR(L"");
 }
 
 }  // namespace

@@ -11,19 +11,20 @@ class RqExprLiteral;
 class RqExprSessionVar;
 
 // What one condition says about another. Nothing here changes the trees it is given, and nothing it gives owns any of
-// them. Answers are incomplete: a no means that nothing could be shown. A yes holds in every row, with these exceptions,
-// which are wanted: a value compared with itself counts as true in rows where it is null; a test that only the database
-// knows counts as the same as its negation; the lists of a negated In over rows are compared as those of a plain one;
-// and where a session variable is read the answer holds for its value in this session.
+// them. Answers are incomplete: a no means that nothing could be shown. A yes holds in every row, with these
+// exceptions, which are wanted: a value compared with itself, and a condition or its negation, count as true where a
+// null makes them unknown; a test that only the database knows counts as the same as its negation; the rows of a
+// negated In are taken for those of a plain one; and where a session variable is read the answer holds for its value in
+// this session.
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Implication
 
 /// Whether one condition implies another: whether every row that satisfies the first satisfies the second.
 ///
-/// Law: a conjunction implies another if each conjunct of that one is implied by a conjunct of it; a disjunction implies
-/// another if each disjunct of it implies a disjunct of that one; of two comparisons of one value with constants, the
-/// one implies the other if its values all lie in the other's range.
+/// Law: a conjunction implies another if each conjunct of that one is implied by a conjunct of it; a disjunction
+/// implies another if each disjunct of it implies a disjunct of that one; of two comparisons of one value with
+/// constants, the one implies the other if its values all lie in the other's range.
 class ExprSubsumptionTester {
  public:
   /// Whether a implies b. A null condition is the one without any demand. bEquivalent tells whether b was found to

@@ -43,13 +43,15 @@ class RqExprCondAnyLessEqual final : public RqExprCondQuantified<RqExprCondAnyLe
 };
 
 /// x > ANY (q)
-class RqExprCondAnyGreaterThan final : public RqExprCondQuantified<RqExprCondAnyGreaterThan, kRqExprCondAnyGreaterThan> {
+class RqExprCondAnyGreaterThan final
+    : public RqExprCondQuantified<RqExprCondAnyGreaterThan, kRqExprCondAnyGreaterThan> {
  public:
   using RqExprCondQuantified::RqExprCondQuantified;
 };
 
 /// x >= ANY (q)
-class RqExprCondAnyGreaterEqual final : public RqExprCondQuantified<RqExprCondAnyGreaterEqual, kRqExprCondAnyGreaterEqual> {
+class RqExprCondAnyGreaterEqual final
+    : public RqExprCondQuantified<RqExprCondAnyGreaterEqual, kRqExprCondAnyGreaterEqual> {
  public:
   using RqExprCondQuantified::RqExprCondQuantified;
 };
@@ -82,13 +84,15 @@ class RqExprCondAllEqual final : public RqExprCondQuantified<RqExprCondAllEqual,
 };
 
 /// x > ALL (q)
-class RqExprCondAllGreaterThan final : public RqExprCondQuantified<RqExprCondAllGreaterThan, kRqExprCondAllGreaterThan> {
+class RqExprCondAllGreaterThan final
+    : public RqExprCondQuantified<RqExprCondAllGreaterThan, kRqExprCondAllGreaterThan> {
  public:
   using RqExprCondQuantified::RqExprCondQuantified;
 };
 
 /// x >= ALL (q)
-class RqExprCondAllGreaterEqual final : public RqExprCondQuantified<RqExprCondAllGreaterEqual, kRqExprCondAllGreaterEqual> {
+class RqExprCondAllGreaterEqual final
+    : public RqExprCondQuantified<RqExprCondAllGreaterEqual, kRqExprCondAllGreaterEqual> {
  public:
   using RqExprCondQuantified::RqExprCondQuantified;
 };

@@ -21,8 +21,8 @@ class RqExprSubquery : public RqExpr {
 };
 
 /// What the three forms have in common: the text of the query stands for the query. Two subqueries are equivalent when
-/// their texts are equal, and the order is that of the checksums, then of the texts: cheap, and without a meaning of its
-/// own. What the query itself is made of is never looked at.
+/// their texts are equal, and the order is that of the checksums, then of the texts: cheap, and without a meaning of
+/// its own. What the query itself is made of is never looked at.
 ///
 /// Derived names the checksum and the text by the member pointers kCRC and kText. Both travel and are copied; neither
 /// is ever worked out afresh from the query.

@@ -188,10 +188,12 @@ class RqExprTanh final : public RqScalarFunction<RqExprTanh, kRqExprTanh, RqFirs
 /// A random number, another in each row. Without a seed there is no slot for it.
 class RqExprRand final : public RqScalarFunction<RqExprRand, kRqExprRand, RqFirstOperand> {
  public:
-  using RqScalarFunction::RqScalarFunction;
+  RqExprRand() = default;
   explicit RqExprRand(RqExpr* pSeed) {
     if (pSeed) AddChild(pSeed);
   }
+  RqExprRand(const RqExprRand& rhs, bool bNewIDs, bool bDeepCopy) : RqScalarFunction(rhs, bNewIDs, bDeepCopy) {}
+
   bool IsConstant() const override { return false; }
 };
 

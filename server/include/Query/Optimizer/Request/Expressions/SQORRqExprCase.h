@@ -154,7 +154,12 @@ class RqExprCast final : public RqScalarWithFields<RqExprCast, kRqExprCast, RqOn
   const KXString& GetDateTimeFormat() const { return m_dateTimeFormat; }
   void SetDateTimeFormat(const KXString& format) { m_dateTimeFormat = format; }
 
+  /// Whether values are cast to the type. To any other, a cast has no text.
+  static bool IsCastType(KXDataType type);
+
   bool IsAlwaysNull() const override;
+  /// Under a BoundedRead a type that values are not cast to raises ErrorMessage.
+  const_iterator FromByteVector(const_iterator start) override;
 
  private:
   friend RqScalarWithFields;

@@ -67,12 +67,18 @@ class ConjunctUtility {
   /// it. Null, with pCond as it was, for what is none of the six comparisons. A null-equal equality loses that mark.
   static RqExprCond* InvertComparisonPredicate(RqExprCond* pCond);
 
-  /// Takes the Nots over rank tests out of a conjunct: a filter for the top or bottom values cannot be pushed down below
-  /// a Not. That is a Not whose condition holds a top or bottom aggregate and no And and no Or. A comparison below it is
-  /// turned round. Wanted: the Not goes even where there is no comparison to turn round, and the conjunct then means
-  /// something else; rank tests are comparisons. Nodes that are replaced go to releaseContainer.
+  /// Takes the Nots over rank tests out of a conjunct: a filter for the top or bottom values cannot be pushed down
+  /// below a Not. That is a Not whose condition holds a top or bottom aggregate and no And and no Or. A comparison
+  /// below it is turned round. Wanted: the Not goes even where there is no comparison to turn round, and the conjunct
+  /// then means something else; rank tests are comparisons. Nodes that are replaced go to releaseContainer.
   static void UnNegateTopNBottomNConjunct(Heap<RqExprCond>& conjunct, RqHandleNode& releaseContainer);
   static void UnNegateTopNBottomNConjuncts(std::vector<Heap<RqExprCond>>& conjuncts, RqHandleNode& releaseContainer);
+};
+
+class RqExprUtility {
+ public:
+  /// Clears the vector of joining indexes of every external data in the expression.
+  static void RemoveExternalJoiningIndexes(RqExpr* pExpr);
 };
 
 // ---------------------------------------------------------------------------------------------------------------------

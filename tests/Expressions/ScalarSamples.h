@@ -1,0 +1,283 @@
+#pragma once
+
+#include <functional>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "Expressions/ExprSamples.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprArithmetic.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprCase.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprDateTime.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprExternal.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprMember.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprParam.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprString.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprSystem.h"
+
+/// A tree of scalar functions, by its text.
+struct ScalarSample {
+  const char* m_text;
+  std::function<RqExpr*()> m_make;  ///< a new tree, the caller's
+  bool m_bTravels = true;           ///< whether what is read back from its bytes equals it
+};
+
+inline RqExternalColumn ExternalColumnSample() {
+  RqExternalColumn column;
+  column.m_ExternalDataForm = RqExternalColumn::kCSVData;
+  column.m_ObjectReference = ExternalObjectReference({L"Lake", L"2024"}, L"alias");
+  column.m_CacheSharedKey = L"key";
+  column.m_ColumnName = L"AMOUNT";
+  column.m_AggrRule = L"sum";
+  column.m_bIsVirtual = column.m_bIsForceVirtual = column.m_bIsOptionalVirtual = true;
+  column.m_bIsSortKeyColumn = column.m_bIsDescriptorIDColumn = column.m_bScalarWithNoPath = true;
+  column.m_bNeedsGrainCheck = column.m_bIsPrimaryKeyColumn = true;
+  column.m_bIsLookupJoinColumn = column.m_bIsPresentWithIncomingQuery = true;
+  column.m_ExternalJoiningIndexVector = {
+      {0, kExternalInnerJoin},     {1, kExternalLeftOuterJoin},       {2, kExternalRightOuterJoin},
+      {3, kExternalFullOuterJoin}, {4, kExternalFullOuterStitchJoin}, {5, kExternalNaturalJoin},
+      {6, kExternalUnion},         {7, kExternalUnknownJoin}};
+  return column;
+}
+
+inline RefCnt<ExternalScriptExecutionData> ScriptSample() {
+  RefCnt<ExternalScriptExecutionData> script(new ExternalScriptExecutionData);
+  script->m_ScriptPath = L"/scripts/s";
+  script->m_OutputColumn = L"o";
+  script->m_PAFOpCode = 7;
+  script->m_isFloatingTimeGrain = script->m_bIsEvaluateScript = true;
+  script->m_Target = L"t";
+  script->m_ConnectionPool = L"c";
+  script->m_DbTable = L"d";
+  script->m_DataBindings = {{L"a", L"b", L"INTEGER", L"asc"}, {}};
+  script->m_Options = {{L"x", L"1"}, {L"y", L""}};
+  return script;
+}
+
+/// An empty expression, or one that is made of the arguments, filled further.
+template <class Expr, class Fill, class... Args>
+Expr* Filled(Fill fill, Args&&... args) {
+  auto* const pExpr = new Expr(std::forward<Args>(args)...);
+  fill(*pExpr);
+  return pExpr;
+}
+
+/// Each class, and for one with fields a sample in which each of them has a value.
+inline std::vector<ScalarSample> ScalarSamples() {
+  static constexpr auto Param = [](int number) -> RqExpr* { return new RqExprParam(number); };
+  constexpr auto unary = []<class Expr>(std::type_identity<Expr>) { return [] { return new Expr(Int(1)); }; };
+  constexpr auto binary = []<class Expr>(std::type_identity<Expr>) { return [] { return new Expr(Int(1), Int(2)); }; };
+#define UNARY(Class, text) \
+  { text, unary(std::type_identity<Class>()) }
+#define BINARY(Class, text) \
+  { text, binary(std::type_identity<Class>()) }
+  return {
+      // Arithmetic
+      BINARY(RqExprAdd, "1 + 2"),
+      BINARY(RqExprSubtract, "1 - 2"),
+      BINARY(RqExprMultiply, "1 * 2"),
+      BINARY(RqExprDivide, "1 / 2"),
+      UNARY(RqExprUnaryMinus, "-1"),
+      {"-(1 + 2)", [] { return new RqExprUnaryMinus(new RqExprAdd(Int(1), Int(2))); }},
+      {"-exp(1)", [] { return new RqExprUnaryMinus(new RqExprExp(Int(1))); }},
+      UNARY(RqExprExp, "exp(1)"),
+      UNARY(RqExprSquare, "square(1)"),
+      UNARY(RqExprSqrt, "sqrt(1)"),
+      UNARY(RqExprCeil, "ceiling(1)"),
+      UNARY(RqExprFloor, "floor(1)"),
+      UNARY(RqExprSign, "sign(1)"),
+      UNARY(RqExprAbs, "abs(1)"),
+      UNARY(RqExprLog, "log(1)"),
+      UNARY(RqExprLog10, "log10(1)"),
+      UNARY(RqExprDegrees, "degrees(1)"),
+      UNARY(RqExprRadians, "radians(1)"),
+      UNARY(RqExprSin, "sin(1)"),
+      UNARY(RqExprCos, "cos(1)"),
+      UNARY(RqExprTan, "tan(1)"),
+      UNARY(RqExprCot, "cot(1)"),
+      UNARY(RqExprAsin, "asin(1)"),
+      UNARY(RqExprAcos, "acos(1)"),
+      UNARY(RqExprAtan, "atan(1)"),
+      UNARY(RqExprSinh, "sinh(1)"),
+      UNARY(RqExprCosh, "cosh(1)"),
+      UNARY(RqExprTanh, "tanh(1)"),
+      UNARY(RqExprRand, "rand(1)"),
+      {"rand()", [] { return new RqExprRand(nullptr); }},
+      {"pi()", [] { return new RqExprPi; }},
+      BINARY(RqExprPow, "pow(1 , 2)"),
+      BINARY(RqExprRound, "round(1 , 2)"),
+      {"round(1)", [] { return new RqExprRound(Int(1), nullptr); }},
+      BINARY(RqExprTruncate, "truncate(1 , 2)"),
+      BINARY(RqExprMod, "mod(1 , 2)"),
+      BINARY(RqExprModf, "modf(1 , 2)"),
+      BINARY(RqExprAtan2, "atan2(1 , 2)"),
+      BINARY(RqExprExtractBit, "ExtractBit(1 , 2)"),
+      // Text
+      BINARY(RqExprConcat, "1 || 2"),
+      UNARY(RqExprCharLength, "char_length(1)"),
+      UNARY(RqExprOctetLength, "octet_length(1)"),
+      UNARY(RqExprBitLength, "bit_length(1)"),
+      UNARY(RqExprLength, "length(1)"),
+      UNARY(RqExprUpper, "upper(1)"),
+      UNARY(RqExprLower, "lower(1)"),
+      UNARY(RqExprAscii, "ascii(1)"),
+      UNARY(RqExprChar, "char(1)"),
+      UNARY(RqExprSpace, "space(1)"),
+      BINARY(RqExprPosition, "position(1 in 2)"),
+      {"locate(1, 2)", [] { return new RqExprLocate(Int(1), Int(2), nullptr); }},
+      {"locate(1, 2, 3)", [] { return new RqExprLocate(Int(1), Int(2), Int(3)); }},
+      {"substring(?1 from 2)", [] { return new RqExprSubstring(Param(1), Int(2), nullptr, nullptr, nullptr); }},
+      {"substring(?1 from 2 for 3)", [] { return new RqExprSubstring(Param(1), Int(2), Int(3), nullptr, nullptr); }},
+      {"substring(?1 extract first 2 token(s) delimited by ',')",
+       [] { return new RqExprSubstring(Param(1), nullptr, nullptr, Int(2), Str(L",")); }},
+      {"trim(both 'x' from ?1)", [] { return new RqExprTrim(Str(L"x"), Param(1), RqExprTrim::kBoth); }},
+      {"trim(leading 'x' from ?1)", [] { return new RqExprTrim(Str(L"x"), Param(1), RqExprTrim::kLeading); }},
+      {"trim(trailing  from ?1)", [] { return new RqExprTrim(nullptr, Param(1), RqExprTrim::kTrailing); }},
+      {"replace(1 , 2 , 3)", [] { return new RqExprReplace(Int(1), Int(2), Int(3)); }},
+      {"insert(1 , 2 , 3 , 4)", [] { return new RqExprInsert(Int(1), Int(2), Int(3), Int(4)); }},
+      BINARY(RqExprLeft, "left(1 , 2)"),
+      BINARY(RqExprRight, "right(1 , 2)"),
+      BINARY(RqExprRepeat, "repeat(1 , 2)"),
+      BINARY(RqExprNLSSort, "NLSSort(1, 2)"),
+      {"NLSSort(1)", [] { return new RqExprNLSSort(Int(1), nullptr); }},
+      // Dates and times
+      {"extract(name_of_month from ?1)",
+       [] { return new RqExprCalendarExtract(Param(1), KXDateTime::kExtractNameOfMonth); }},
+      {"extract(quarter_of_year from ?1)",
+       [] { return new RqExprCalendarExtract(Param(1), KXDateTime::kExtractQuarterOfYear); }},
+      {"fiscal_extract(week_of_quarter from ?1 fiscal_year_start 4, 6)",
+       [] { return new RqExprFiscalExtract(Param(1), Int(4), Int(6), KXDateTime::kExtractWeekOfQuarter); }},
+      {"fiscal_extract(year from ?1 fiscal_year_start 4)",
+       [] { return new RqExprFiscalExtract(Param(1), Int(4), nullptr, KXDateTime::kExtractYear); }},
+      {"fiscal_extract(year from ?1)",
+       [] { return new RqExprFiscalExtract(Param(1), nullptr, nullptr, KXDateTime::kExtractYear); }},
+      {"TimestampAdd(SQL_TSI_QUARTER, 3, ?1)",
+       [] { return new RqExprTimestampAdd(Int(3), Param(1), KXDateTime::kQuarter); }},
+      {"TimestampDiff(SQL_TSI_FRAC_SECOND, ?1, ?2)",
+       [] { return new RqExprTimestampDiff(Param(1), Param(2), KXDateTime::kMillisecond); }},
+      {"TimestampDiff(SQL_TSI_YEAR, ?1, ?2)",
+       [] { return new RqExprTimestampDiff(Param(1), Param(2), KXDateTime::kYear); }},
+      // Choices and casts
+      {"case ?1 when 1 then 'a' when 2 then 'b' else 'c' end ",
+       [] {
+         RqExprPairVector entries{{Int(1), Str(L"a")}, {Int(2), Str(L"b")}};
+         return new RqExprLookupCase(Param(1), Str(L"c"), entries);
+       }},
+      {"case ?1 end ", [] { return new RqExprLookupCase(Param(1), nullptr); }},
+      {"case  when 1 < 2 then 3 when 4 < 5 then 6 else 7 end ",
+       [] {
+         RqExprPairVector pairs{{new RqExprCondLess(Int(1), Int(2)), Int(3)},
+                                {new RqExprCondLess(Int(4), Int(5)), Int(6)}};
+         return Filled<RqExprIfCase>([](RqExprIfCase& e) { e.SetAddedInHDSRewrite(true); }, Int(7), pairs);
+       }},
+      {"case  when 1 < 2 then 3 end ",
+       [] {
+         RqExprPairVector pairs{{new RqExprCondLess(Int(1), Int(2)), Int(3)}};
+         return new RqExprIfCase(nullptr, pairs);
+       }},
+      BINARY(RqExprNullIf, "nullif( 1 , 2)"),
+      BINARY(RqExprIfNull, "ifnull(1 , 2)"),
+      {"coalesce( 1 , 2 , 3)",
+       [] {
+         RqExprVector values{Int(1), Int(2), Int(3)};
+         return Filled<RqExprCoalesce>([](RqExprCoalesce& e) { e.SetAddedInHDSRewrite(true); }, values, true);
+       }},
+      {"cast(?1 as  NUMERIC ( 10, 2 )) ", [] { return new RqExprCast(Param(1), KXNumericData, 10, 2); }},
+      {"cast(?1 as  TIMESTAMP ( 3 ) 'yyyy') ",
+       [] {
+         return Filled<RqExprCast>([](RqExprCast& e) { e.SetDateTimeFormat(L"yyyy"); }, Param(1), KXTimeStampData, 3,
+                                   5);
+       }},
+      // Session, row and database
+      {"database()", [] { return new RqExprDatabase; }},
+      {"user()", [] { return new RqExprUser; }},
+      {"indexcol( ) ", [] { return new RqExprIndexCol; }},
+      {"RowID", [] { return new RqExprRowID; }},
+      {"RqExprExtract [Column 7]", [] { return new RqExprExtract(7); }},
+      {"Evaluate( 'f(%1)', 1, 2) ",
+       [] {
+         RqExprVector exprs{Int(1), Int(2)};
+         return new RqExprEvaluate(L"f(%1)", exprs);
+       }},
+      {"Evaluate( '') ", [] { return new RqExprEvaluate; }},
+      // Dimensions and grain
+      {"CalculatedMember(1, 2, 3, 4)", [] { return new RqExprCalculatedMember(Int(1), Int(2), Int(3), 4); }},
+      UNARY(RqExprDepth, "Depth(1)"),
+      {"Depth(1, 3001:7)",
+       [] {
+         return Filled<RqExprDepth>([](RqExprDepth& e) { e.SetLTSVoidID(VoidID(kTIDALogicalTable, 7u)); }, Int(1));
+       }},
+      UNARY(RqExprAllValues, "ALL_VALUES(1)"),
+      UNARY(RqExprIDOf, "IDOF(1)"),
+      UNARY(RqExprGroupingId, "grouping_id(1)"),
+      {"TimeDimSeqNum(1 )", [] { return new RqExprTimeDimSeqNum(Int(1), RefALevel()); }},
+      UNARY(RqExprGrainCheckDisplay, "GrnChkDisp(1)"),
+      {"Binning() ", [] { return new RqExprBinPlaceHolder; }},
+      BINARY(RqExprCanonical, "Canonical(1 , 2)"),
+      // Values from elsewhere
+      {"lookup( DENSE ?3, 1, 2) ",
+       [] {
+         RqExprVector keys{Int(1), Int(2)};
+         return new RqExprLookup(true, Param(3), keys);
+       }},
+      {"lookup( SPARSE ) ", [] { return new RqExprLookup; }},
+      BINARY(RqExprJsonValue, "JSON_VALUE(1, 2)"),
+      {"JSON_VALUE('$.a', ?1, '/p', 'T')",
+       [] {
+         return Filled<RqExprJsonValue>(
+             [](RqExprJsonValue& e) {
+               e.SetHDSPath(L"/p");
+               e.SetHDSTableName(L"T");
+             },
+             Str(L"$.a"), Param(1), KXTypeInfo(KXDoubleData, 1, 2, 0));
+       },
+       false},
+      {"HDS_LOOKUP( hds_grouping_entity: 1, input_binding_expression: 2)",
+       [] { return new RqExprHDSLookup(Int(1), Int(2), nullptr); }},
+      {"HDS_LOOKUP( hds_grouping_entity: 1, input_binding_expression: 2, optional_name_value_pairs: 3)",
+       [] { return new RqExprHDSLookup(Int(1), Int(2), Int(3)); }},
+      {"Dict_lookup(1, usr.tab (Dictionary for COL))",
+       [] {
+         return new RqExprDictLookup(Int(1), nullptr, {L"usr", L"tab"}, L"COL");
+       }},
+      {"Predict(3023:9, modelname=churn, [], [])",
+       [] {
+         RqExprVector none;
+         return new RqExprPredict(VoidID(kTIDADatabase, 9u), L"churn", false, none);
+       }},
+      {"EvaluateScript(3023:9, scriptname=s.py, DOUBLE, [age=T1.AGE, sex=T1.SEX], [k=5], ?1, ?2)",
+       [] {
+         RqExprVector operands{Param(1), Param(2)};
+         return Filled<RqExprPredict>(
+             [](RqExprPredict& e) {
+               e.SetModelName(L"m");
+               e.SetColumnType(L"DOUBLE");
+               e.SetDataBindings({{L"age", L"T1.AGE"}, {L"sex", L"T1.SEX"}});
+               e.SetOptions({{L"k", L"5"}});
+             },
+             VoidID(kTIDADatabase, 9u), L"s.py", true, operands);
+       }},
+      {"HDS(Unknown Form,,\"\")",
+       [] { return new RqExprExternalData(nullptr, nullptr, nullptr, nullptr, nullptr, {}); }},
+      {"HDS(CSV,\"Lake\".\"2024\",\"AMOUNT\", Shared Cache Key  = key, Aggr:sum, virtual = true, forcevirtual = true,"
+       " optionalvirtual = true, lookupjoincolumn = true, sortkeycolumn = true, grain check = true [0 IJ ] [1 LOJ ]"
+       " [2 ROJ ] [3 FOJ ] [4 FOSJ ] [5 NJ ] [6 UN ] [7 UNKNOWN ], Conforms to: ?1, , ?2)",
+       [] { return new RqExprExternalData(Param(1), nullptr, Param(2), nullptr, nullptr, ExternalColumnSample()); }},
+      {"HDS(CSV,\"Lake\".\"2024\",\"S\", Script Path = /scripts/s, Output Column = o, Data Bindings ="
+       "  [BMM column: a, Presentation column: b, Raw Datatype = INTEGER, Sort Order = asc ] [BMM column: ,"
+       " Presentation column: , Raw Datatype = , Sort Order =  ], Options = x=1, y=)",
+       [] {
+         RqExternalColumn column;
+         column.m_ExternalDataForm = RqExternalColumn::kCSVData;
+         column.m_ObjectReference = ExternalObjectReference({L"Lake", L"2024"});
+         column.m_ColumnName = L"S";
+         return Filled<RqExprExternalData>(
+             [](RqExprExternalData& e) { e.SetExternalScriptExecutionData(ScriptSample()); }, nullptr, nullptr, nullptr,
+             nullptr, nullptr, column);
+       },
+       false},
+  };
+#undef UNARY
+#undef BINARY
+}

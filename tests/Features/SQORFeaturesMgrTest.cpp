@@ -1,0 +1,214 @@
+#include "Query/Optimizer/Request/Features/SQORFeaturesMgr.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <string>
+
+#include "Host/ErrorMessage.h"
+#include "HostMemory/MemoryGateway.h"
+#include "HostMemory/MemoryObjects.h"
+
+namespace {
+
+using Table = SUFeaturesTable;
+
+const wchar_t* const kSpecific = L"TELM_DBFEATURES_SQLITE_IS_UNION";
+const wchar_t* const kGeneric = L"TELM_DBFEATURES_IS_UNION";
+
+/// A request on a database of SQLite's kind.
+class FeaturesMgrTest : public testing::Test {
+ protected:
+  MemoryGateway m_rp;
+  MemoryDatabase& m_database = m_rp.MakeObject<MemoryDatabase>(1u, L"db", ServerInfo::kSQLite);
+  const RefADatabase m_ref{&m_rp, m_database.GetID()};
+};
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Overrides
+
+/// What properties make of a feature; kOwn: what the database says, whichever that is.
+enum Answer { kNo, kYes, kOwn };
+
+struct OverrideRow {
+  const char* name;
+  std::function<void(MemoryGateway&)> setUp;
+  Answer answer;
+  const wchar_t* property = L"";  ///< The one that decided.
+};
+
+void PrintTo(const OverrideRow& row, std::ostream* pOut) { *pOut << row.name; }
+
+std::function<void(MemoryGateway&)> Set(const wchar_t* pName, const PropertyValue& value) {
+  return [pName, pValue = std::shared_ptr<PropertyValue>(value.Clone())](MemoryGateway& rp) {
+    rp.SetRequestProperty(pName, MemoryValue(*pValue));
+  };
+}
+
+using Int = PropertyValueInteger;
+using Str = PropertyValueString;
+using Flt = PropertyValueFloat;
+using Num = PropertyValueNumber;
+
+const OverrideRow kOverrideRows[] = {
+    {"none", [](MemoryGateway&) {}, kOwn},
+    {"integer zero", Set(kSpecific, Int(0)), kNo, kSpecific},
+    {"integer below zero", Set(kSpecific, Int(-1)), kYes, kSpecific},
+    {"empty text", Set(kSpecific, Str(L"")), kNo, kSpecific},
+    {"text 0", Set(kSpecific, Str(L"0")), kNo, kSpecific},
+    {"text that only counts as zero", Set(kSpecific, Str(L"0.0")), kYes, kSpecific},
+    {"the word for no", Set(kSpecific, Str(L"no")), kYes, kSpecific},
+    {"float minus zero", Set(kSpecific, Flt(-0.0)), kNo, kSpecific},
+    {"not a number", Set(kSpecific, Flt(std::nan(""))), kYes, kSpecific},
+    {"number zero", Set(kSpecific, Num(KorvelNumber::zero())), kNo, kSpecific},
+    {"number", Set(kSpecific, Num(KorvelNumber::FromInteger(7))), kYes, kSpecific},
+    {"generic, off", Set(kGeneric, Str(L"0")), kNo, kGeneric},
+    {"generic, on", Set(kGeneric, Int(1)), kYes, kGeneric},
+    {"the specific one wins",
+     [](MemoryGateway& rp) { rp.SetRequestProperty(kSpecific, 1).SetRequestProperty(kGeneric, 0); }, kYes, kSpecific},
+    {"a specific one of another type is ignored, and keeps the generic one away",
+     [](MemoryGateway& rp) { rp.SetRequestProperty(kSpecific, KXDate(2024, 1, 1)).SetRequestProperty(kGeneric, 0); },
+     kOwn},
+    {"a specific one of several texts", Set(kSpecific, PropertyValueStringVector({L"0", L"0"})), kOwn},
+    {"a specific one without a value", [](MemoryGateway& rp) { rp.SetRequestProperty(kSpecific, nullptr); }, kOwn},
+    {"another kind's", Set(L"TELM_DBFEATURES_DUCKDB_IS_UNION", Int(0)), kOwn},
+    {"another feature's", Set(L"TELM_DBFEATURES_IS_UNION_ALL", Int(0)), kOwn},
+    {"another block's",
+     [](MemoryGateway& rp) { rp.SetRequestProperty(KXStringPair(L"block", kSpecific), MemoryValue(0)); }, kOwn},
+};
+
+class FeatureOverride : public FeaturesMgrTest, public testing::WithParamInterface<OverrideRow> {};
+
+TEST_P(FeatureOverride, OfABooleanFeature) {
+  const OverrideRow& row = GetParam();
+  row.setUp(m_rp);
+  for (const bool bOwn : {false, true}) {
+    SCOPED_TRACE(bOwn);
+    m_database.SetBooleanFeature(Table::kFeature_Union, bOwn);
+    EXPECT_EQ(FeaturesMgr::IsSupportedFeature(m_ref, Table::kFeature_Union, &m_rp),
+              row.answer == kOwn ? bOwn : row.answer == kYes);
+    EXPECT_EQ(FeaturesMgr::GetDecidingProperty(m_ref, Table::kFeature_Union, &m_rp), row.property);
+    EXPECT_EQ(FeaturesMgr::IsSupportedFeature(m_ref, Table::kFeature_Union, nullptr), bOwn);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, FeatureOverride, testing::ValuesIn(kOverrideRows));
+
+TEST_F(FeaturesMgrTest, IntegersAndTextAskForTheSpecificPropertyAlone) {
+  const auto kTables = Table::kFeature_MaxTablesInSelect;
+  const auto kQuote = Table::kFeature_IdentifierQuoteChar;
+  m_database.SetIntegerFeature(kTables, 64).SetStringFeature(kQuote, L"\"");
+  m_rp.SetRequestProperty(L"TELM_DBFEATURES_IS_MAX_TABLES_IN_SELECT", 1)
+      .SetRequestProperty(L"TELM_DBFEATURES_IS_IDENTIFIER_QUOTE_CHAR", L"'");
+  EXPECT_EQ(FeaturesMgr::GetIntegerFeatureValue(m_ref, kTables, &m_rp), 64u);
+  EXPECT_EQ(FeaturesMgr::GetStringFeatureValue(m_ref, kQuote, &m_rp), L"\"");
+  m_rp.SetRequestProperty(L"TELM_DBFEATURES_SQLITE_IS_MAX_TABLES_IN_SELECT", L"8")
+      .SetRequestProperty(L"TELM_DBFEATURES_SQLITE_IS_IDENTIFIER_QUOTE_CHAR", L"");
+  EXPECT_EQ(FeaturesMgr::GetIntegerFeatureValue(m_ref, kTables, &m_rp), 8u);
+  EXPECT_EQ(FeaturesMgr::GetIntegerFeatureValue(m_ref, kTables, nullptr), 64u);
+  EXPECT_EQ(FeaturesMgr::GetStringFeatureValue(m_ref, kQuote, &m_rp), L"");
+  EXPECT_EQ(FeaturesMgr::GetDecidingProperty(m_ref, kQuote, &m_rp), L"TELM_DBFEATURES_SQLITE_IS_IDENTIFIER_QUOTE_CHAR");
+  m_rp.SetRequestProperty(L"TELM_DBFEATURES_SQLITE_IS_MAX_TABLES_IN_SELECT", -1);
+  EXPECT_EQ(FeaturesMgr::GetMaxTablesPerQuery(m_ref, &m_rp), 0xFFFFFFFFu);
+  m_rp.SetRequestProperty(L"TELM_DBFEATURES_SQLITE_IS_MAX_TABLES_IN_SELECT", L"many");
+  EXPECT_THROW(FeaturesMgr::GetMaxTablesPerQuery(m_ref, &m_rp), ErrorMessage);
+}
+
+TEST_F(FeaturesMgrTest, XmlSupportsNothingWhateverIsOverridden) {
+  auto& xml = m_rp.MakeObject<MemoryDatabase>(2u, L"xml", ServerInfo::kXML_Direct);
+  xml.SetBooleanFeature(Table::kFeature_Union, true).SetIntegerFeature(Table::kFeature_MaxColumnsInGroupBy, 5);
+  m_rp.SetRequestProperty(kGeneric, 1);
+  const RefADatabase ref(&m_rp, xml.GetID());
+  EXPECT_FALSE(FeaturesMgr::IsSupportedFeature(ref, Table::kFeature_Union, &m_rp));
+  EXPECT_EQ(FeaturesMgr::GetDecidingProperty(ref, Table::kFeature_Union, &m_rp), L"");
+  EXPECT_EQ(FeaturesMgr::GetMaxGroupByExprs(ref, &m_rp), 5u);
+}
+
+TEST_F(FeaturesMgrTest, LimitsAreReadFromTheirFeatures) {
+  m_database.SetIntegerFeature(Table::kFeature_MaxTablesInSelect, 2)
+      .SetIntegerFeature(Table::kFeature_MaxColumnsInGroupBy, 3)
+      .SetIntegerFeature(Table::kFeature_MaxColumnsInOrderBy, 4);
+  EXPECT_EQ(FeaturesMgr::GetMaxTablesPerQuery(m_ref, &m_rp), 2u);
+  EXPECT_EQ(FeaturesMgr::GetMaxGroupByExprs(m_ref, &m_rp), 3u);
+  EXPECT_EQ(FeaturesMgr::GetMaxOrderByColumns(m_ref, &m_rp), 4u);
+}
+
+TEST_F(FeaturesMgrTest, WithoutADatabase) {
+  const RefADatabase none;
+  m_rp.SetRequestProperty(kGeneric, 1);
+  EXPECT_FALSE(FeaturesMgr::IsSupportedFeature(none, Table::kFeature_Union, &m_rp));
+  EXPECT_EQ(FeaturesMgr::GetIntegerFeatureValue(none, Table::kFeature_MaxTablesInSelect, &m_rp), 0u);
+  EXPECT_EQ(FeaturesMgr::GetStringFeatureValue(none, Table::kFeature_DateFormat, &m_rp), L"");
+  EXPECT_EQ(FeaturesMgr::GetMaxTablesPerQuery(none, &m_rp), 1u);
+  EXPECT_EQ(FeaturesMgr::GetMaxGroupByExprs(none, &m_rp), 256u);
+  EXPECT_FALSE(FeaturesMgr::IsConversionSupported(none, KXCharData, KXCharData, &m_rp));
+  EXPECT_FALSE(FeaturesMgr::IsTypedLiteralSupported(none, KXCharData, &m_rp));
+  EXPECT_DEATH(FeaturesMgr::GetMaxOrderByColumns(none, &m_rp), "!refDatabase.IsNull\\(\\)");
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Types
+
+/// What stands of each type; the feature Invalid stands for none.
+struct TypeRow {
+  KXDataType type;
+  bool bGroupBy;
+  Table::FeatureId literal;
+  Table::FeatureId sourceMask;
+  int targetBit;  ///< -1: none.
+};
+
+constexpr auto kNone = Table::kFeature_Invalid;
+constexpr TypeRow kTypeRows[] = {
+    {KXBitData, true, kNone, Table::kFeature_ConvertBitBitmask, 12},
+    {KXCharData, true, Table::kFeature_StringLiteral, Table::kFeature_ConvertCharBitmask, 0},
+    {KXVarCharData, true, Table::kFeature_StringLiteral, Table::kFeature_ConvertVarCharBitmask, 8},
+    {KXLongVarCharData, true, Table::kFeature_StringLiteral, Table::kFeature_ConvertLongVarCharBitmask, 9},
+    {KXBinaryData, false, kNone, Table::kFeature_ConvertBinaryBitmask, 10},
+    {KXVarBinaryData, false, kNone, Table::kFeature_ConvertVarBinaryBitmask, 11},
+    {KXLongVarBinaryData, false, kNone, Table::kFeature_ConvertLongVarBinaryBitmask, 18},
+    {KXInt1Data, true, Table::kFeature_IntegerLiteral, Table::kFeature_ConvertTinyIntBitmask, 13},
+    {KXUInt1Data, true, Table::kFeature_IntegerLiteral, kNone, -1},
+    {KXInt2Data, true, Table::kFeature_IntegerLiteral, Table::kFeature_ConvertSmallIntBitmask, 4},
+    {KXUInt2Data, true, Table::kFeature_IntegerLiteral, kNone, -1},
+    {KXInt4Data, true, Table::kFeature_IntegerLiteral, Table::kFeature_ConvertIntegerBitmask, 3},
+    {KXUInt4Data, true, Table::kFeature_IntegerLiteral, kNone, -1},
+    {KXFloatData, true, Table::kFeature_FloatLiteral, Table::kFeature_ConvertFloatBitmask, 5},
+    {KXDoubleData, true, Table::kFeature_FloatLiteral, Table::kFeature_ConvertDoubleBitmask, 7},
+    {KXMoneyData, true, Table::kFeature_FloatLiteral, kNone, -1},
+    {KXNumericData, true, Table::kFeature_FloatLiteral, Table::kFeature_ConvertNumericBitmask, 1},
+    {KXDecimalData, true, Table::kFeature_FloatLiteral, Table::kFeature_ConvertDecimalBitmask, 2},
+    {KXDateData, true, Table::kFeature_DateLiteral, kNone, 15},
+    {KXTimeData, true, Table::kFeature_TimeLiteral, kNone, 16},
+    {KXDateTimeData, true, Table::kFeature_DateTimeLiteral, kNone, 17},
+    {KXTimeStampData, true, Table::kFeature_DateTimeLiteral, kNone, 17},
+    {KXIntervalData, true, kNone, kNone, -1},
+    {KXObjectData, false, kNone, kNone, -1},
+    {KXBoolean, false, kNone, kNone, -1},
+};
+static_assert(std::size(kTypeRows) == KXUnknown);
+
+TEST_F(FeaturesMgrTest, GroupByLiteralsAndConversionsOfEachType) {
+  for (const TypeRow& row : kTypeRows) {
+    SCOPED_TRACE(row.type);
+    m_database.SetFeatures({});
+    EXPECT_EQ(FeaturesMgr::IsTypeGroupByCompatible(ServerInfo::kSQLite, row.type), row.bGroupBy);
+    EXPECT_FALSE(FeaturesMgr::IsTypedLiteralSupported(m_ref, row.type, &m_rp));
+    if (row.literal != kNone) m_database.SetBooleanFeature(row.literal, true);
+    EXPECT_EQ(FeaturesMgr::IsTypedLiteralSupported(m_ref, row.type, &m_rp), row.literal != kNone);
+
+    const std::uint32_t bit = row.targetBit < 0 ? 0 : 1u << row.targetBit;
+    EXPECT_EQ(FeaturesMgr::IsConversionBitOn(bit, row.type), bit != 0);
+    EXPECT_FALSE(FeaturesMgr::IsConversionBitOn(~bit, row.type));
+    EXPECT_FALSE(FeaturesMgr::IsConversionSupported(m_ref, row.type, KXTimeStampData, &m_rp));
+    if (row.sourceMask != kNone) m_database.SetIntegerFeature(row.sourceMask, 1u << 17);
+    EXPECT_EQ(FeaturesMgr::IsConversionSupported(m_ref, row.type, KXTimeStampData, &m_rp), row.sourceMask != kNone);
+    EXPECT_FALSE(FeaturesMgr::IsConversionSupported(m_ref, row.type, KXDateData, &m_rp));
+  }
+  EXPECT_DEATH(FeaturesMgr::IsTypeGroupByCompatible(ServerInfo::kSQLite, KXUnknown), "");
+}
+
+}  // namespace
