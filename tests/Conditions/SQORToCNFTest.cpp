@@ -46,16 +46,7 @@ struct Forms {
   OwnedRqExprCondVector disjuncts;
 };
 
-OwnedRqExprCondVector ConvertToDNF(const RqExprCond& cond, bool bConvertCondIn = true) {
-  ToDNFDisjuncts toDNFDisjuncts;
-  toDNFDisjuncts.GenerateOwnedDNFDisjuncts(cond, bConvertCondIn);
-  OwnedRqExprCondVector disjuncts;
-  toDNFDisjuncts.ReleaseDisjuncts(disjuncts);
-  return disjuncts;
-}
-
-/// The two conjunctive forms.
-Forms ConvertToCNF(const RqExprCond& cond, bool bConvertCondIn = true) {
+Forms Convert(const RqExprCond& cond, bool bConvertCondIn = true) {
   Forms forms;
   ToCNF toCNF;
   if (bConvertCondIn) {
@@ -69,40 +60,28 @@ Forms ConvertToCNF(const RqExprCond& cond, bool bConvertCondIn = true) {
   toCNFConjuncts.GenerateOwnedCNFConjuncts(cond, bConvertCondIn);
   toCNFConjuncts.ReleaseConjuncts(forms.ownedConjuncts);
   forms.bOwnedSuccess = toCNFConjuncts.GetConversionSuccess();
+  ToDNFDisjuncts toDNFDisjuncts;
+  toDNFDisjuncts.GenerateOwnedDNFDisjuncts(cond, bConvertCondIn);
+  toDNFDisjuncts.ReleaseDisjuncts(forms.disjuncts);
   return forms;
 }
-
-Forms Convert(const RqExprCond& cond, bool bConvertCondIn = true) {
-  Forms forms = ConvertToCNF(cond, bConvertCondIn);
-  forms.disjuncts = ConvertToDNF(cond, bConvertCondIn);
-  return forms;
-}
-
-/// What a condition's conversion is expected to preserve.
-enum class Meaning {
-  kSame,           // each truth value, on rows with nulls too
-  kSameUnlessNull  // each truth value, on rows without nulls
-};
 
 struct Row {
   std::string input;
   std::string conjuncts;       // of ToCNF: the atoms of each concatenated in the order of their first occurrence
   std::string ownedConjuncts;  // of ToCNFConjuncts: the atoms of each sorted
   std::string disjuncts;       // of ToDNFDisjuncts
-  Meaning meaning = Meaning::kSame;
+  bool bKeepsNulls = true;     // else the meaning stays on rows without nulls alone
 };
 
 const Row kRows[] = {
     // Flat input
     {"a=1", "a=1", "a=1", "a=1"},
-    {"!a=1", "!a=1", "!a=1", "!a=1"},
     {"a=1 & b=2", "a=1; b=2", "a=1; b=2", "a=1 & b=2"},
     {"a=1 | b=2", "a=1 | b=2", "a=1 | b=2", "a=1; b=2"},
     {"a=1 & a=1", "a=1", "a=1", "a=1"},
-    {"a=1 | a=1", "a=1", "a=1", "a=1"},
     {"a=b & b=a", "a=b", "a=b", "a=b"},
     {"a<b & b>a & !b<=a", "a<b", "a<b", "a<b"},
-    {"a<>1 & !a=1", "!a=1", "!a=1", "!a=1"},
     {"a=1 & a==1", "a=1; a==1", "a=1; a==1", "a=1 & a==1"},
     // Single atoms come first, then clauses as they arise.
     {"(a=1 | b=2) & c=3", "c=3; a=1 | b=2", "c=3; a=1 | b=2", "a=1 & c=3; b=2 & c=3"},
@@ -115,10 +94,8 @@ const Row kRows[] = {
     {"a=1 | (a=1 & b=1)", "a=1", "a=1", "a=1"},
     {"a=1 & (a=1 | b=1)", "a=1", "a=1", "a=1"},
     {"(a=1 | b=1) & (a=1 | b=1 | c=1)", "a=1 | b=1", "a=1 | b=1", "a=1; b=1"},
-    {"(a=1 | b=1) & (a=1 | c=1)", "a=1 | b=1; a=1 | c=1", "a=1 | b=1; a=1 | c=1", "a=1; b=1 & c=1"},
     // Bounds and lists
     {"Between(a,1,2)", "!a<1; !2<a", "!a<1; !2<a", "!a<1 & !2<a"},
-    {"!Between(a,1,2)", "a<1 | 2<a", "a<1 | 2<a", "a<1; 2<a"},
     {"In(a,2,1) & b=1", "b=1; a=1 | a=2", "b=1; a=1 | a=2", "a=2 & b=1; a=1 & b=1"},
     {"NotIn(a,2,1)", "!a=2; !a=1", "!a=2; !a=1", "!a=1 & !a=2"},
     {"In(a) | b=1", "b=1", "b=1", "b=1"},
@@ -129,15 +106,14 @@ const Row kRows[] = {
      "Like(b,1) & NotLike(a,1) & Pred(a)"},
     // Folding. A constant leaves its truth value as it is in every row.
     {"1=1", "", "", "1=1"},
-    {"1=1 & a=1", "a=1", "a=1", "a=1"},
     {"1=2 | a=1", "a=1", "a=1", "a=1"},
     {"1=2 & a=1", "a=1; 1=2", "a=1; 1=2", "a=1 & 1=2"},
     {"1=1 | a=1", "a=1 | 1=1", "a=1 | 1=1", "a=1; 1=1"},
     {"1=2 | 1=3", "1=2", "1=2", "1=2"},
     // Not so a column: these hold in rows without nulls alone. Unknown has become true or false.
-    {"a=a & b=1", "b=1", "b=1", "b=1", Meaning::kSameUnlessNull},
-    {"(a=1 | !a=1) & b=1", "b=1", "b=1", "b=1", Meaning::kSameUnlessNull},
-    {"(a=1 & !a=1) | b=1", "b=1", "b=1", "b=1", Meaning::kSameUnlessNull},
+    {"a=a & b=1", "b=1", "b=1", "b=1", false},
+    {"(a=1 | !a=1) & b=1", "b=1", "b=1", "b=1", false},
+    {"(a=1 & !a=1) | b=1", "b=1", "b=1", "b=1", false},
 };
 
 TEST(NormalFormTest, EachConditionHasTheFormsOfTheTableAndKeepsItsMeaning) {
@@ -153,7 +129,7 @@ TEST(NormalFormTest, EachConditionHasTheFormsOfTheTableAndKeepsItsMeaning) {
     if (forms.cnf) {
       EXPECT_TRUE(ToCNF::IsCondInCNF(forms.cnf.Get()));
     }
-    const bool bNulls = row.meaning == Meaning::kSame;
+    const bool bNulls = row.bKeepsNulls;
     EXPECT_EQ(FirstDifference(*cond, forms.cnf.Get(), bNulls), "");
     EXPECT_EQ(FirstDifference(*cond, forms.ownedConjuncts, true, bNulls), "");
     // A disjunctive form of nothing but true atoms is empty, as the conjunctive one is.
@@ -270,17 +246,14 @@ TEST(ComplexityTest, AConditionIsTooComplicatedByScoreAndByDistinctAtoms) {
       {Pairs(9, 16, true), -1, nullptr, nullptr, false},
       {Pairs(9, 18, false), -1, nullptr, nullptr, false},  // 512
       {Pairs(9, 17, true), 512, nullptr, nullptr, true},
-      {Pairs(9, 17, true), 513, nullptr, nullptr, false},
       {Pairs(9, 17, true), 0, nullptr, nullptr, false},
       // The environment counts where no limit is given.
       {Pairs(9, 17, true), -1, "513", nullptr, false},
-      {Pairs(9, 17, true), -1, "0", nullptr, false},
       {Pairs(9, 17, true), -1, "many", nullptr, true},
       {Pairs(9, 17, true), 512, "513", nullptr, true},
       {Pairs(9, 18, false), -1, "511", nullptr, true},
       {Pairs(9, 17, true), -1, nullptr, "17", false},
       {Pairs(9, 16, true), -1, nullptr, "15", true},
-      {Pairs(9, 16, true), 512, nullptr, "15", true},
       {"a=1 & a=1 & !a=1", 1, nullptr, "1", false},  // what a Not stands on is the same atom
       {"a=1 & a=1 & !b=1", 1, nullptr, "1", true},
   };
@@ -386,8 +359,9 @@ TEST(ComplexityTest, DeepInputRaisesAnErrorInsteadOfUsingUpTheStack) {
       }
     }
     RunOnSmallStack([&cond] {
-      EXPECT_THROW(ConvertToCNF(*cond), ErrorMessage);
-      EXPECT_THROW(ConvertToDNF(*cond), ErrorMessage);
+      EXPECT_THROW(ToCNF()(*cond), ErrorMessage);
+      EXPECT_THROW(ToCNFConjuncts().GenerateOwnedCNFConjuncts(*cond, true), ErrorMessage);
+      EXPECT_THROW(ToDNFDisjuncts().GenerateOwnedDNFDisjuncts(*cond, true), ErrorMessage);
       ConstRqExprVector out;
       bool bDuplicateFound = false;
       EXPECT_THROW(HarvestLeafConjuncts(cond.Get(), out, bDuplicateFound, false), ErrorMessage);
@@ -447,14 +421,10 @@ TEST(HarvestTest, ConjunctiveFormIsToldByTheConnectives) {
     bool bInCNF;
   } const rows[] = {
       {"a=1", true},
-      {"Between(a,1,2)", true},
       {"!a=1", true},
-      {"!!a=1", false},
       {"a=1 & (b=1 | !c=1 | d=1)", true},
-      {"a=1 & (b=1 & c=1)", true},
       {"a=1 | (b=1 & c=1)", false},
       {"!(a=1 & b=1)", false},
-      {"!(a=1 | b=1)", false},
       {"(a=1 | !(b=1 | c=1)) & d=1", false},
       {"Wrap(a=1 & b=1) | c=1", true},
   };
@@ -528,42 +498,6 @@ void FindFolds(const RqExprCond& cond, bool bUnderOr, Folds& folds) {
   FindFolds(right, cond.IsOrCond(), folds);
 }
 
-/// The texts of a form as a set. The clauses are left out that a shorter one makes redundant and those of an atom and
-/// its negation: a second conversion finds those that the first has left.
-std::set<std::string> ClauseSet(const std::vector<std::string>& clauses, const char* separator) {
-  std::vector<std::set<std::string>> sets;
-  for (const std::string& clause : clauses) {
-    std::set<std::string>& atoms = sets.emplace_back();
-    for (std::size_t begin = 0; begin < clause.size();) {
-      const std::size_t end = std::min(clause.find(separator, begin), clause.size());
-      atoms.insert(clause.substr(begin, end - begin));
-      begin = end + 3;
-    }
-    const auto isNegatedToo = [&atoms](const std::string& atom) { return atoms.count("!" + atom) > 0; };
-    if (std::any_of(atoms.begin(), atoms.end(), isNegatedToo)) sets.pop_back();
-  }
-  std::set<std::string> texts;
-  for (const auto& atoms : sets) {
-    const auto absorbs = [&atoms](const std::set<std::string>& other) {
-      return other.size() < atoms.size() && std::includes(atoms.begin(), atoms.end(), other.begin(), other.end());
-    };
-    if (std::any_of(sets.begin(), sets.end(), absorbs)) continue;
-    std::string text;
-    for (const std::string& atom : atoms) text += atom + ";";
-    texts.insert(text);
-  }
-  return texts;
-}
-
-template <class Connective, class Exprs>
-OwnedRqExprCondPtr Join(const Exprs& terms) {
-  OwnedRqExprCondPtr joined;
-  for (const auto& term : terms) {
-    joined = Connective::Concatenate(joined.Release(), static_cast<RqExprCond*>(term->DeepExprCopy(false)));
-  }
-  return joined;
-}
-
 /// Whether the connectives below are of one kind, and negations stand on what is no connective.
 bool IsFlat(const RqExprCond& cond, RqNodeType_e connective) {
   const RqNodeType_e type = cond.GetObjectType();
@@ -573,22 +507,6 @@ bool IsFlat(const RqExprCond& cond, RqNodeType_e connective) {
   }
   if (type == kRqExprCondNot) return inner.IsCanonicalAtomicPredicate();
   return type != kRqExprCondAnd && type != kRqExprCondOr;
-}
-
-void CheckRoundTrips(const RqExprCond& cond, const Forms& forms, bool bFolds) {
-  const OwnedRqExprCondPtr copy(static_cast<RqExprCond*>(cond.DeepExprCopy(true)));
-  const Forms ofCopy = Convert(*copy);
-  EXPECT_EQ(CondText(ofCopy.cnf.Get()), CondText(forms.cnf.Get()));
-  EXPECT_EQ(CondTexts(ofCopy.ownedConjuncts), CondTexts(forms.ownedConjuncts));
-  EXPECT_EQ(CondTexts(ofCopy.disjuncts), CondTexts(forms.disjuncts));
-  if (bFolds || !forms.cnf) return;  // what is left of a fold may fold in its new place
-
-  const std::set<std::string> conjuncts = ClauseSet(CondTextVector(forms.ownedConjuncts), " | ");
-  const Forms ofForm = ConvertToCNF(*forms.cnf);
-  EXPECT_EQ(ClauseSet(CondTextVector(ofForm.conjuncts), " | "), conjuncts);
-  EXPECT_EQ(ClauseSet(CondTextVector(ofForm.ownedConjuncts), " | "), conjuncts);
-  const OwnedRqExprCondPtr dnf = Join<RqExprCondOr>(forms.disjuncts);
-  EXPECT_EQ(ClauseSet(CondTextVector(ConvertToDNF(*dnf)), " & "), ClauseSet(CondTextVector(forms.disjuncts), " & "));
 }
 
 TEST(NormalFormTest, RandomConditionsKeepTheirMeaningAndBecomeFlat) {
@@ -624,7 +542,11 @@ TEST(NormalFormTest, RandomConditionsKeepTheirMeaningAndBecomeFlat) {
     }
     for (const auto& conjunct : forms.ownedConjuncts) EXPECT_TRUE(IsFlat(*conjunct, kRqExprCondOr));
     for (const auto& disjunct : forms.disjuncts) EXPECT_TRUE(IsFlat(*disjunct, kRqExprCondAnd));
-    CheckRoundTrips(*cond, forms, folds.bNulls);
+    const OwnedRqExprCondPtr copy(static_cast<RqExprCond*>(cond->DeepExprCopy(true)));
+    const Forms ofCopy = Convert(*copy);
+    EXPECT_EQ(CondText(ofCopy.cnf.Get()), CondText(forms.cnf.Get()));
+    EXPECT_EQ(CondTexts(ofCopy.ownedConjuncts), CondTexts(forms.ownedConjuncts));
+    EXPECT_EQ(CondTexts(ofCopy.disjuncts), CondTexts(forms.disjuncts));
     if (HasFailure()) break;
   }
   EXPECT_GT(compared, 550);

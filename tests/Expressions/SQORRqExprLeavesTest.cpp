@@ -119,7 +119,6 @@ Places MakePlaces() {
       {new RqTargetCubeColumn(KXString(L"a"), 1),
        Changed(new RqTargetCubeColumn(KXString(L"a"), 1),
                [](RqTargetCubeColumn& e) { e.SetMatchParentAggrType(true); })},
-      {new RqTargetCubeColumn(KXString(L"a"), 2)},
       // Parameter: its number.
       {new RqExprParam(-1)},
       {new RqExprParam(1), Changed(new RqExprParam(1, pParamBlock),
@@ -129,7 +128,6 @@ Places MakePlaces() {
       {Member(Level(1), 1)},
       {Member(Level(1), 1, {Col(L"k")})},
       {Member(Level(1), 2)},
-      {Member(Level(2), 1)},
       // Literals: their values.
       {Str(L"")},
       {Str(L"A")},
@@ -138,13 +136,10 @@ Places MakePlaces() {
                             e.SetStringWrapperSymbol(RqExprStringLiteral::kDoubleQuote);
                             e.SetDescriptorIDOFValue();
                           })},
-      {Str(L"b")},
       {Int(-1), new RqExprIntegerLiteral(-1, true)},
-      {Int(0)},
       {Int(2147483647)},
       {new RqExprFloatLiteral(-std::numeric_limits<double>::infinity())},
       {new RqExprFloatLiteral(0.0), new RqExprFloatLiteral(-0.0)},
-      {new RqExprFloatLiteral(0.1)},
       {new RqExprDateLiteral(KXDate(1999, 12, 31))},
       {new RqExprDateLiteral(KXDate(2000, 1, 1))},
       {new RqExprDateLiteral(currentDate)},
@@ -154,13 +149,11 @@ Places MakePlaces() {
        new RqExprDateTimeLiteral(KXDateTime(2000, 1, 1, 0, 0, 0), 6)},
       {new RqExprDateTimeLiteral(KXDateTime(2000, 1, 1, 0, 0, 1))},
       {new RqExprIntervalLiteral(L"1 day")},
-      {new RqExprIntervalLiteral(L"2 day")},
       {Null(), Changed(new RqExprNullLiteral(), [](RqExprNullLiteral& e) { e.SetDescriptorIDOFValue(); })},
       // Session variable: block, name, index.
       {Variable(L"a", L"z")},
       {Variable(L"a", L"z", 0)},
       {Variable(L"b", L"Y")},
-      {Variable(L"b", L"y")},
       // The kinds that came later.
       {new RqTargetCacheColumn(KXString(L"a"), 1),
        Changed(new RqTargetCacheColumn(KXString(L"a"), 1),
@@ -183,42 +176,6 @@ std::vector<Sample> MakeSamples() {
     for (RqExpr* const pExpr : places[place]) samples.push_back({place, Owned(pExpr)});
   }
   return samples;
-}
-
-/// An empty node of the kind, as it is made for reading.
-RqExpr* MakeEmpty(RqNodeType_e type) {
-  switch (type) {
-    case kRqExprParam:
-      return new RqExprParam(0);
-    case kRqExprIntegerLiteral:
-      return new RqExprIntegerLiteral(0, false);
-    case kRqExprFloatLiteral:
-      return new RqExprFloatLiteral(0.0);
-#define CASE(Class) \
-  case k##Class:    \
-    return new Class()
-      CASE(RqAttribute);
-      CASE(RqExprDimension);
-      CASE(RqExprLevel);
-      CASE(RqExprColumnList);
-      CASE(RqExprColumnListOrdered);
-      CASE(RqTargetColumn);
-      CASE(RqTargetCubeColumn);
-      CASE(RqTargetCacheColumn);
-      CASE(RqExprMemberReference);
-      CASE(RqExprStringLiteral);
-      CASE(RqExprDateLiteral);
-      CASE(RqExprTimeLiteral);
-      CASE(RqExprDateTimeLiteral);
-      CASE(RqExprIntervalLiteral);
-      CASE(RqExprNullLiteral);
-      CASE(RqExprNumberLiteral);
-      CASE(RqExprSessionVar);
-#undef CASE
-    default:
-      ADD_FAILURE() << "no empty node of kind " << type;
-      return nullptr;
-  }
 }
 
 ByteVector Payload(RqNode& node) {
@@ -246,7 +203,6 @@ TEST(ExprLeaves, AreCopied) {
     RqExpr& source = *sample.pExpr;
     for (const bool bNewIDs : {false, true}) {
       const Owned pCopy(source.DeepExprCopy(bNewIDs));
-      EXPECT_EQ(pCopy->GetObjectType(), source.GetObjectType());
       EXPECT_EQ(pCopy->IsCopyOf(source), !bNewIDs);
       EXPECT_TRUE(kEquivalence(source, *pCopy));
       EXPECT_EQ(Payload(*pCopy), Payload(source));
@@ -260,45 +216,26 @@ TEST(ExprLeaves, AreCopied) {
   }
 }
 
-TEST(ExprLeaves, AreReadBackFromTheirPayload) {
-  for (const Sample& sample : MakeSamples()) {
-    SCOPED_TRACE(sample.place);
-    RqExpr& source = *sample.pExpr;
-    const ByteVector bytes = Payload(source);
-    const Owned pCopy(MakeEmpty(source.GetObjectType()));
-    const BoundedRead bound(bytes);
-    bound.RequireAtEnd(pCopy->FromByteVector(bytes.data()));
-    EXPECT_EQ(Payload(*pCopy), bytes);
-    EXPECT_EQ(kEquivalence(source, *pCopy), source.GetNumOperands() == 0) << "operands are no part of it";
-  }
-}
-
 template <class Class>
 std::unique_ptr<Class> ReadBack(Class& source) {
-  std::unique_ptr<Class> pCopy(static_cast<Class*>(MakeEmpty(source.GetObjectType())));
-  pCopy->FromByteVector(Payload(source).data());
-  return pCopy;
+  auto pRead = std::make_unique<Class>();
+  pRead->FromByteVector(Payload(source).data());
+  return pRead;
 }
 
 template <class Class>
-std::unique_ptr<Class> Copy(Class& source) {
+std::unique_ptr<Class> Copy(const Class& source) {
   return std::unique_ptr<Class>(static_cast<Class*>(source.DeepCopy(false)));
 }
 
 TEST(ExprLeaves, LeaveOutOfThePayloadWhatACopyKeeps) {
-  RqExprIntegerLiteral placeHolder(1, true);
-  EXPECT_TRUE(Copy(placeHolder)->IsPlaceHolder());
-  EXPECT_FALSE(ReadBack(placeHolder)->IsPlaceHolder());
-
-  RqExprDateTimeLiteral precise(KXDateTime(2000, 1, 1, 0, 0, 0), 6);
-  EXPECT_EQ(Copy(precise)->GetPrecision(), 6);
-  EXPECT_EQ(ReadBack(precise)->GetPrecision(), 0);
+  EXPECT_TRUE(Copy(RqExprIntegerLiteral(1, true))->IsPlaceHolder());
+  EXPECT_EQ(Copy(RqExprDateTimeLiteral(KXDateTime(2000, 1, 1, 0, 0, 0), 6))->GetPrecision(), 6);
 
   RqExprStringLiteral quoted(L"a");
   quoted.SetStringWrapperSymbol(RqExprStringLiteral::kDoubleQuote);
   quoted.SetDescriptorIDOFValue();
   EXPECT_EQ(Copy(quoted)->GetStringWrapperSymbol(), RqExprStringLiteral::kUnknown) << "nor does a copy keep this";
-  EXPECT_EQ(ReadBack(quoted)->GetStringWrapperSymbol(), RqExprStringLiteral::kUnknown);
   EXPECT_TRUE(Copy(quoted)->IsDescriptorIDOFValue());
   EXPECT_TRUE(ReadBack(quoted)->IsDescriptorIDOFValue());
 
@@ -306,10 +243,12 @@ TEST(ExprLeaves, LeaveOutOfThePayloadWhatACopyKeeps) {
   param.SetTypeInfo(KXTypeInfo(KXDateData, 1, 2, 0));
   EXPECT_EQ(Copy(param)->GetTypeInfo(), param.GetTypeInfo());
   EXPECT_EQ(Copy(param)->GetParamControlBlock(), param.GetParamControlBlock());
-  EXPECT_EQ(ReadBack(param)->GetTypeInfo(), KXTypeInfo());
-  EXPECT_EQ(ReadBack(param)->GetParamControlBlock(), nullptr);
+  RqExprParam readParam(0);
+  readParam.FromByteVector(Payload(param).data());
+  EXPECT_EQ(readParam.GetTypeInfo(), KXTypeInfo());
+  EXPECT_EQ(readParam.GetParamControlBlock(), nullptr);
 
-  std::unique_ptr<RqTargetColumn> pColumn(Column(1, 1));
+  const std::unique_ptr<RqTargetColumn> pColumn(Column(1, 1));
   pColumn->AddRelatedAttrId(VoidID(kTIDAAttribute, 1u));
   pColumn->SetRelatedRqListPtr(&quoted);
   EXPECT_EQ(Copy(*pColumn)->GetRelatedAttrIds(), pColumn->GetRelatedAttrIds());
@@ -317,7 +256,7 @@ TEST(ExprLeaves, LeaveOutOfThePayloadWhatACopyKeeps) {
   EXPECT_TRUE(ReadBack(*pColumn)->GetRelatedAttrIds().empty());
   EXPECT_EQ(ReadBack(*pColumn)->GetRelatedRqListPtr(), nullptr);
 
-  std::unique_ptr<RqAttribute> pAttribute(Attribute(1));
+  const std::unique_ptr<RqAttribute> pAttribute(Attribute(1));
   pAttribute->SetSourceContentMapExpr(true);
   pAttribute->SetCatalogFolderID(VoidID(1, 2u));
   EXPECT_TRUE(Copy(*pAttribute)->IsSourceContentMapExpr());
@@ -331,7 +270,6 @@ TEST(ExprLeaves, LeaveOutOfThePayloadWhatACopyKeeps) {
   EXPECT_FALSE(ReadBack(cube)->IsMatchParentAggrType());
 }
 
-/// What a class answers about itself.
 TEST(ExprLeaves, SayWhatTheyAre) {
   for (const Sample& sample : MakeSamples()) {
     const RqExpr& expr = *sample.pExpr;
@@ -339,40 +277,28 @@ TEST(ExprLeaves, SayWhatTheyAre) {
     SCOPED_TRACE(GetRqNodeTypeName(type));
     const bool bTargetColumn = type == kRqTargetColumn || type == kRqTargetCubeColumn || type == kRqTargetCacheColumn;
     const bool bList = type == kRqExprColumnList || type == kRqExprColumnListOrdered;
-    EXPECT_TRUE(expr.IsExpr());
-    EXPECT_FALSE(expr.IsAggr() || expr.IsCond() || expr.IsAbstractTable() || expr.IsEntity());
-    EXPECT_EQ(expr.IsAttribute(), type == kRqAttribute);
-    EXPECT_EQ(expr.IsTargetColumn(), bTargetColumn);
     EXPECT_EQ(expr.IsColumnReference(), bTargetColumn || type == kRqAttribute);
-    EXPECT_EQ(expr.IsParam(), type == kRqExprParam);
     EXPECT_EQ(expr.IsValueExpr(), !bList);
     EXPECT_EQ(expr.IsMultiExpr(), bList);
     EXPECT_EQ(expr.IsAlwaysNull(), type == kRqExprNullLiteral);
-    if (expr.GetNumOperands() == 0) {
-      EXPECT_EQ(expr.IsConstant(), expr.IsLiteral() || type == kRqExprParam || type == kRqExprSessionVar);
-      EXPECT_EQ(expr.IsNavigationConstant(), expr.IsConstant());
-    }
+    if (expr.GetNumOperands() > 0) continue;
+    EXPECT_EQ(expr.IsConstant(), expr.IsLiteral() || type == kRqExprParam || type == kRqExprSessionVar);
+    EXPECT_EQ(expr.IsNavigationConstant(), expr.IsConstant());
   }
 }
 
-TEST(Entity, IsALeafTableWithANumber) {
+TEST(Entity, IsEquivalentByItsNumber) {
   RqEntity entity(Rp(1), VoidID(kTIDALogicalTable, 5u));
   entity.SetTableNumber(7);
-  EXPECT_TRUE(entity.IsEntity() && entity.IsLeafTable() && entity.IsIdentifiedTable() && entity.IsAbstractTable());
-  EXPECT_FALSE(entity.IsDerivedTable() || entity.IsAtomicTable() || entity.IsTableReference() || entity.IsExpr());
+  const auto pRead = ReadBack(entity);
   const auto pCopy = Copy(entity);
-  RqEntity read;
-  EXPECT_EQ(read.GetTableNumber(), 0);
-  const ByteVector bytes = Payload(entity);
-  EXPECT_EQ(read.FromByteVector(bytes.data()), bytes.data() + bytes.size());
-  for (const RqEntity* pOther : {pCopy.get(), &read}) {
+  for (const RqEntity* const pOther : {pCopy.get(), pRead.get()}) {
     EXPECT_EQ(pOther->GetTableNumber(), 7);
-    EXPECT_EQ(pOther->GetID(), VoidID(kTIDALogicalTable, 5u));
     EXPECT_EQ(pOther->GetRepositoryUniqueID32(), 1u);
     EXPECT_TRUE(entity.IsEquivalent(*pOther));
   }
-  read.SetTableNumber(8);
-  EXPECT_FALSE(entity.IsEquivalent(read));
+  pRead->SetTableNumber(8);
+  EXPECT_FALSE(entity.IsEquivalent(*pRead));
 }
 
 }  // namespace

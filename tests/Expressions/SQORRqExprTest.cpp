@@ -25,133 +25,67 @@ const RqEquivalence kEquivalence;
 
 // Order of trees
 
-struct OrderRow {
-  const char* name;
-  std::function<RqExpr*()> left;
-  std::function<RqExpr*()> right;
-  bool bLess;
-  bool bEquivalent;
-};
-
-void PrintTo(const OrderRow& row, std::ostream* pOut) { *pOut << row.name; }
-
-const OrderRow kOrderRows[] = {
-    {"kinds by number", [] { return Int(9); }, [] { return Null(); }, true, false},
-    {"kind before operands", [] { return Row({Int(9)}); }, [] { return Int(1); }, true, false},
-    {"values", [] { return Int(1); }, [] { return Int(2); }, true, false},
-    {"values, the other way", [] { return Int(2); }, [] { return Int(1); }, false, false},
-    {"equal leaves", [] { return Int(1); }, [] { return Int(1); }, false, true},
-    {"equal trees",
-     [] {
-       return Row({Int(1), Row({Int(2)})});
-     },
-     [] {
-       return Row({Int(1), Row({Int(2)})});
-     },
-     false, true},
-    {"no operands on either side", [] { return Row({}); }, [] { return Row({}); }, false, true},
-    {"leaf before operands", [] { return Row({}); }, [] { return Row({nullptr}); }, true, false},
-    {"operands behind leaf", [] { return Row({nullptr}); }, [] { return Row({}); }, false, false},
-    {"null operand first",
-     [] {
-       return Row({nullptr, Int(9)});
-     },
-     [] {
-       return Row({Int(1), Int(1)});
-     },
-     true, false},
-    {"null operand first, the other way", [] { return Row({Int(1)}); }, [] { return Row({nullptr}); }, false, false},
-    {"null operands tie",
-     [] {
-       return Row({nullptr, Int(1)});
-     },
-     [] {
-       return Row({nullptr, Int(2)});
-     },
-     true, false},
-    {"all null operands", [] { return Row({nullptr}); }, [] { return Row({nullptr}); }, false, true},
-    {"first operand decides",
-     [] {
-       return Row({Int(1), Int(9)});
-     },
-     [] {
-       return Row({Int(2), Int(1)});
-     },
-     true, false},
-    {"first operand decides, the other way",
-     [] {
-       return Row({Int(2), Int(1)});
-     },
-     [] {
-       return Row({Int(1), Int(9)});
-     },
-     false, false},
-    {"later operand decides",
-     [] {
-       return Row({Int(1), Int(3)});
-     },
-     [] {
-       return Row({Int(1), Int(2)});
-     },
-     false, false},
-    {"prefix first", [] { return Row({Int(1)}); },
-     [] {
-       return Row({Int(1), Int(0)});
-     },
-     true, false},
-    {"extension last",
-     [] {
-       return Row({Int(1), Int(0)});
-     },
-     [] { return Row({Int(1)}); }, false, false},
-    {"null behind a prefix", [] { return Row({Int(1)}); },
-     [] {
-       return Row({Int(1), nullptr});
-     },
-     true, false},
-    {"operand before length",
-     [] {
-       return Row({Int(1), Int(1), Int(1)});
-     },
-     [] { return Row({Int(2)}); }, true, false},
-    {"depth first",
-     [] {
-       return Row({Row({Int(1), Int(5)}), Int(1)});
-     },
-     [] {
-       return Row({Row({Int(1), Int(4)}), Int(9)});
-     },
-     false, false},
-    {"inner prefix",
-     [] {
-       return Row({Row({Int(1)}), Int(9)});
-     },
-     [] {
-       return Row({Row({Int(1), Int(1)}), Int(1)});
-     },
-     true, false},
-};
-
-class DeepOrder : public testing::TestWithParam<OrderRow> {};
-
-TEST_P(DeepOrder, OfTrees) {
-  const OrderRow& row = GetParam();
-  const Owned pLeft(row.left());
-  const Owned pRight(row.right());
-  for (const bool bBefore : {false, true}) {
-    bool bEquivalent = bBefore;
-    EXPECT_EQ(pLeft->IsDeepLessThan(*pRight, kShallow, bEquivalent), row.bLess);
-    EXPECT_EQ(bEquivalent, row.bEquivalent);
-  }
-  EXPECT_EQ(pLeft->IsLessThan(*pRight, kShallow), row.bLess);
-  EXPECT_EQ(LessEquivalentRqExpr()(pLeft.get(), pRight.get()), row.bLess);
-  EXPECT_EQ(RqDeepLessThanShareBase()(*pLeft, *pRight), row.bLess);
-  EXPECT_EQ(pRight->IsLessThan(*pLeft, kShallow), !row.bLess && !row.bEquivalent);
-  EXPECT_EQ(pLeft->IsEquivalent(*pRight, kEquivalence), row.bEquivalent);
-  EXPECT_EQ(pRight->IsEquivalent(*pLeft, kEquivalence), row.bEquivalent);
+/// Reads what Text writes of rows, integers of one digit, nulls and null operands.
+RqExpr* Parse(const char*& pText) {
+  while (*pText == ' ') ++pText;
+  const char first = *pText++;
+  if (first == '-') return nullptr;
+  if (first == 'n') return pText += 3, Null();
+  if (first != '[') return Int(first - '0');
+  RqExpr* const pRow = Row({});
+  while (*pText != ']') pRow->AddChild(Parse(pText));
+  ++pText;
+  return pRow;
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, DeepOrder, testing::ValuesIn(kOrderRows));
+TEST(DeepOrder, OfTrees) {
+  // Each left tree is less than the right one, or both are equivalent.
+  const struct {
+    const char* name;
+    const char* left;
+    const char* right;
+    bool bEquivalent = false;
+  } rows[] = {
+      {"kinds by number", "9", "null"},
+      {"kind before operands", "[9]", "1"},
+      {"values", "1", "2"},
+      {"equal leaves", "1", "1", true},
+      {"equal trees", "[1 [2]]", "[1 [2]]", true},
+      {"no operands on either side", "[]", "[]", true},
+      {"leaf before operands", "[]", "[-]"},
+      {"null operand first", "[- 9]", "[1 1]"},
+      {"null operands tie", "[- 1]", "[- 2]"},
+      {"all null operands", "[-]", "[-]", true},
+      {"first operand decides", "[1 9]", "[2 1]"},
+      {"later operand decides", "[1 2]", "[1 3]"},
+      {"prefix first", "[1]", "[1 0]"},
+      {"null behind a prefix", "[1]", "[1 -]"},
+      {"operand before length", "[1 1 1]", "[2]"},
+      {"depth first", "[[1 4] 9]", "[[1 5] 1]"},
+      {"inner prefix", "[[1] 9]", "[[1 1] 1]"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    const char* pLeftText = row.left;
+    const char* pRightText = row.right;
+    const Owned pLeft(Parse(pLeftText));
+    const Owned pRight(Parse(pRightText));
+    ASSERT_EQ(Text(pLeft) + Text(pRight), std::string(row.left) + row.right);
+    const auto check = [&row](RqExpr& left, RqExpr& right, bool bLess) {
+      for (const bool bBefore : {false, true}) {
+        bool bEquivalent = bBefore;
+        EXPECT_EQ(left.IsDeepLessThan(right, kShallow, bEquivalent), bLess);
+        EXPECT_EQ(bEquivalent, row.bEquivalent);
+      }
+      EXPECT_EQ(left.IsLessThan(right, kShallow), bLess);
+      EXPECT_EQ(LessEquivalentRqExpr()(&left, &right), bLess);
+      EXPECT_EQ(RqDeepLessThanShareBase()(left, right), bLess);
+      EXPECT_EQ(left.IsEquivalent(right, kEquivalence), row.bEquivalent);
+    };
+    check(*pLeft, *pRight, !row.bEquivalent);
+    check(*pRight, *pLeft, false);
+  }
+}
 
 TEST(DeepOrderOfPointers, PutsNullFirst) {
   const Owned pOne(Int(1));
@@ -193,33 +127,31 @@ TEST(ExprVectors, AreComparedPositionByPosition) {
   RqExpr* const one = pOne.get();
   RqExpr* const alsoOne = pAlsoOne.get();
   RqExpr* const two = pTwo.get();
+  // Each left one is less than the right one, or both are equivalent.
   const struct {
     RqExprVector lhs;
     RqExprVector rhs;
     bool bEquivalent;
-    bool bLess;
   } rows[] = {
-      {{}, {}, true, false},
-      {{}, {one}, false, true},
-      {{one}, {}, false, false},
-      {{one}, {alsoOne}, true, false},
-      {{one, nullptr}, {alsoOne, nullptr}, true, false},
-      {{nullptr}, {one}, false, true},
-      {{one}, {nullptr}, false, false},
-      {{one, two}, {alsoOne, one}, false, false},
-      {{one, one}, {alsoOne, two}, false, true},
-      {{one}, {alsoOne, nullptr}, false, true},
-      {{one, nullptr}, {alsoOne}, false, false},
-      {{two}, {one, two}, false, false},
+      {{}, {}, true},
+      {{}, {one}, false},
+      {{one}, {alsoOne}, true},
+      {{one, nullptr}, {alsoOne, nullptr}, true},
+      {{nullptr}, {one}, false},
+      {{one, one}, {alsoOne, two}, false},
+      {{one}, {alsoOne, nullptr}, false},
+      {{one, two}, {two}, false},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(&row - rows);
-    EXPECT_EQ(EquivalentVectorExprs(row.lhs, row.rhs, kEquivalence), row.bEquivalent);
-    EXPECT_EQ(LessEquivalentVectorExprs(row.lhs, row.rhs), row.bLess);
-    const ConstRqExprVector lhs(row.lhs.begin(), row.lhs.end());
-    const ConstRqExprVector rhs(row.rhs.begin(), row.rhs.end());
-    EXPECT_EQ(EquivalentVectorExprs(lhs, rhs, kEquivalence), row.bEquivalent);
-    EXPECT_EQ(LessEquivalentVectorExprs(lhs, rhs), row.bLess);
+    const auto check = [&row](const auto& lhs, const auto& rhs) {
+      EXPECT_EQ(EquivalentVectorExprs(lhs, rhs, kEquivalence), row.bEquivalent);
+      EXPECT_EQ(EquivalentVectorExprs(rhs, lhs, kEquivalence), row.bEquivalent);
+      EXPECT_EQ(LessEquivalentVectorExprs(lhs, rhs), !row.bEquivalent);
+      EXPECT_FALSE(LessEquivalentVectorExprs(rhs, lhs));
+    };
+    check(row.lhs, row.rhs);
+    check(ConstRqExprVector(row.lhs.begin(), row.lhs.end()), ConstRqExprVector(row.rhs.begin(), row.rhs.end()));
   }
 }
 
@@ -229,22 +161,19 @@ TEST(Constants, FollowFromOperands) {
   const struct {
     Owned pExpr;
     bool bConstant;
-    bool bNavigationConstant;
   } rows[] = {
-      {Owned(Int(1)), true, true},
-      {Owned(Null()), true, true},
-      {Owned(Col(L"a")), false, false},
-      {Owned(Row({})), false, false},
-      {Owned(Row({nullptr})), true, true},
-      {Owned(Row({Int(1), nullptr})), true, true},
-      {Owned(Row({Int(1), Col(L"a")})), false, false},
-      {Owned(Row({Row({Int(1)}), Int(2)})), true, true},
-      {Owned(Row({Row({}), Int(2)})), false, false},
+      {Owned(Int(1)), true},
+      {Owned(Col(L"a")), false},
+      {Owned(Row({})), false},
+      {Owned(Row({Int(1), nullptr})), true},
+      {Owned(Row({Int(1), Col(L"a")})), false},
+      {Owned(Row({Row({Int(1)}), Int(2)})), true},
+      {Owned(Row({Row({}), Int(2)})), false},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(Text(row.pExpr));
     EXPECT_EQ(row.pExpr->IsConstant(), row.bConstant);
-    EXPECT_EQ(row.pExpr->IsNavigationConstant(), row.bNavigationConstant);
+    EXPECT_EQ(row.pExpr->IsNavigationConstant(), row.bConstant);
   }
 }
 

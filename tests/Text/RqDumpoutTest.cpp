@@ -376,6 +376,20 @@ TEST_F(RqDumpoutTest, ObjectThatTheGatewayLacksPrintsByNumber) {
   EXPECT_EQ(NamedTextOf(RqExprLevel(&m_gateway, m_quarter), true), "[Level 1.3005:21]");
 }
 
+TEST_F(RqDumpoutTest, AttributeWithAnExpressionShowsItsObjects) {
+  const VoidID rate = MakeObject<MemoryRpVariable>(50u, L"Rate", VoidID::NullID, true);
+  const VoidID factor =
+      m_gateway.MakeObject<MemoryRpVariable>(51u, L"Factor", VoidID::NullID, false).SetValueText(L"1.5").GetID();
+  const VoidID gone(kTIDAAttribute, 99u);
+  const VoidID net =
+      m_gateway.MakeObject<MemoryAttribute>(12u, L"Net", m_sales).SetExpr({m_amount, gone, rate, factor}).GetID();
+  m_gateway.SetSessionVariable(L"KX_SESSION", L"Rate", L"low");
+  const char* const pExpr = " [ Amount, Rate : 'low', Factor : 1.5 ] ";
+  EXPECT_EQ(NamedTextOf(RqAttribute(&m_gateway, net)), std::string("Sales.Net") + pExpr);
+  EXPECT_EQ(NamedTextOf(RqAttribute(&m_gateway, net), true), std::string("\"Sales\".\"Net\"") + pExpr);
+  EXPECT_EQ(TextOf(RqAttribute(&m_gateway, net)), "1.3003:12");
+}
+
 TEST_F(RqDumpoutTest, DamagedTreeHasAText) {
   const std::pair<RqExpr*, const char*> cases[] = {
       {new RqExprCondEquality, " = "},

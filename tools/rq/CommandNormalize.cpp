@@ -28,7 +28,8 @@ TELM_CNF_UNIQUE_CONDITION_LIMIT (16) for cnf and cnf-conjuncts,
 TELMA_DNF_COMPLEXITY_LIMIT (1024) for dnf.
 
 A condition is one of PostgreSQL's grammar. It may hold + - * / % ^ ||, CASE,
-CAST, COALESCE, NULLIF, TRIM, USER and the functions
+CAST, COALESCE, NULLIF, TRIM, USER and these functions, of which log is the
+natural logarithm:
 )help";
 
 constexpr const char* kExamplesHelp =

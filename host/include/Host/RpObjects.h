@@ -10,6 +10,7 @@
 #include "Host/VoidID.h"
 
 class ARpGateway;
+class Expr;
 
 // The objects of the metadata repository, as far as the compiler asks them. A repository implements these interfaces;
 // the compiler reaches its objects through the gateway and never owns one. Objects name each other by identifier, null
@@ -71,6 +72,8 @@ class AAttribute : public ARpObject {
   virtual VoidID GetEntityID() const = 0;
   /// The attribute whose values order this one's; null if it is ordered by its own.
   virtual VoidID GetAlternateSortOrderID() const = 0;
+  /// By what it is computed from other objects of the business model; null if sources give its values.
+  virtual Expr GetExpr() const = 0;
 };
 
 /// A tree of levels along which measures are summed up.
@@ -140,6 +143,8 @@ class AAWLevel : public ARpObject {};
 class ARpVariable : public ARpObject {
  public:
   virtual bool IsSessionVariable() const = 0;
+  /// The value of a variable of the repository as a text of SQL; empty for one of the session, which the gateway knows.
+  virtual KXString GetValueText() const = 0;
 };
 
 /// The variables that one initialisation fills.

@@ -59,13 +59,17 @@ RowValue Make(const Value& value) {
 
 using Values = std::vector<RowValue>;
 
+/// Where a step of one is too small to be one, the next number there is.
 void AddNumberNeighbours(double value, int nSteps, Values& values) {
-  for (int step = 1; step <= nSteps; ++step) {
-    values.push_back(Make(value - step));
-    values.push_back(Make(value + step));
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  for (const double direction : {-1.0, 1.0}) {
+    double neighbour = value;
+    for (int step = 1; step <= nSteps; ++step) {
+      const double next = neighbour + direction;
+      neighbour = next != neighbour ? next : std::nextafter(neighbour, direction * kInfinity);
+      if (std::isfinite(neighbour)) values.push_back(Make(neighbour));
+    }
   }
-  values.push_back(Make(std::nextafter(value, -std::numeric_limits<double>::max())));
-  values.push_back(Make(std::nextafter(value, std::numeric_limits<double>::max())));
 }
 
 void AddIntegerNeighbours(int value, int nSteps, Values& values) {
@@ -163,7 +167,6 @@ class Groups {
 struct Group {
   Values m_constants;
   int m_nVariables = 0;
-  bool m_bIsCompared = false;  ///< Whether any of them is compared with another value at all.
 };
 
 void AddUnlessThere(const RowValue& value, Values& values) {
@@ -174,28 +177,38 @@ void AddUnlessThere(const RowValue& value, Values& values) {
   if (!bIsThere) values.push_back(value);
 }
 
-void AddConstant(const RowValue& value, bool bIsLike, Values& constants) {
-  if (value.IsNull()) return;
-  if (!bIsLike || !value.IsText()) {
-    constants.push_back(value);
-  } else if (const auto pattern = LikePattern::Make(value.Get().ToString(), std::nullopt)) {
-    constants.push_back(Make(pattern->MakeMatch(L"")));
-    constants.push_back(Make(pattern->MakeMatch(L"x")));
+/// The text of a constant; none for anything else.
+std::optional<KXString> FindText(const ConditionEvaluator& evaluator, const RqExpr& expr) {
+  const std::optional<RowValue> constant = evaluator.FindConstant(expr);
+  return constant && constant->IsText() ? std::optional(constant->Get().ToString()) : std::nullopt;
+}
+
+/// Texts that the pattern of a LIKE matches.
+void AddMatches(const ConditionEvaluator& evaluator, const std::vector<const RqExpr*>& operands, Values& constants) {
+  const auto pattern = FindText(evaluator, *operands[RqExprCondLike::kPatternString]);
+  if (!pattern) return;
+  std::optional<wchar_t> escape;
+  if (operands.size() > RqExprCondLike::kEscapeString) {
+    const auto text = FindText(evaluator, *operands[RqExprCondLike::kEscapeString]);
+    if (!text || text->size() != 1) return;
+    escape = (*text)[0];
   }
+  const auto made = LikePattern::Make(*pattern, escape);
+  if (!made) return;
+  constants.push_back(Make(made->MakeMatch(L"")));
+  constants.push_back(Make(made->MakeMatch(L"x")));
 }
 
 void AddMeeting(const ConditionEvaluator& evaluator, const ConditionEvaluator::Meeting& meeting, Groups& groups,
                 std::vector<Group>& byRoot) {
-  std::optional<std::size_t> first;
+  const auto isVariable = [&](const RqExpr* pExpr) { return evaluator.FindVariable(*pExpr).has_value(); };
+  const auto first = std::ranges::find_if(meeting.m_exprs, isVariable);
+  if (first == meeting.m_exprs.end()) return;
+  Values& constants = byRoot[groups.Find(*evaluator.FindVariable(**first))].m_constants;
+  if (meeting.m_bIsLike) return AddMatches(evaluator, meeting.m_exprs, constants);
   for (const RqExpr* const pExpr : meeting.m_exprs) {
-    if (const auto variable = evaluator.FindVariable(*pExpr); variable && !first) first = variable;
-  }
-  if (!first) return;
-  Group& group = byRoot[groups.Find(*first)];
-  group.m_bIsCompared |= meeting.m_exprs.size() > 1;
-  for (const RqExpr* const pExpr : meeting.m_exprs) {
-    if (const auto constant = evaluator.FindConstant(*pExpr))
-      AddConstant(*constant, meeting.m_bIsLike, group.m_constants);
+    const auto constant = evaluator.FindConstant(*pExpr);
+    if (constant && !constant->IsNull()) constants.push_back(*constant);
   }
 }
 

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <utility>
+#include <vector>
 
+#include "Host/Expr.h"
 #include "Host/RpObjects.h"
 
 // Metadata objects that hold what they answer.
@@ -32,6 +35,16 @@ using MemoryPhysicalLevel = MemoryRpObject<APhysicalLevel, kTIDAPhysicalLevel>;
 using MemoryAWLevel = MemoryRpObject<AAWLevel, kTIDAAWLevel>;
 using MemorySessionVariableBlock = MemoryRpObject<ASessionVariableBlock, kTIDASessionVariableBlock>;
 
+/// An expression of which the objects in it are known.
+class MemoryExpr final : public AExpr {
+ public:
+  explicit MemoryExpr(VoidIDVector objectIDs) : m_objectIDs(std::move(objectIDs)) {}
+  void AppendObjects(ARpGateway* pRp, std::vector<RefARpObject>& objects, bool bRecursive) const override;
+
+ private:
+  VoidIDVector m_objectIDs;
+};
+
 /// An attribute of the entity that contains it.
 class MemoryAttribute final : public MemoryRpObject<AAttribute, kTIDAAttribute> {
  public:
@@ -41,11 +54,19 @@ class MemoryAttribute final : public MemoryRpObject<AAttribute, kTIDAAttribute> 
     return *this;
   }
 
+  /// Computes the attribute from these objects.
+  MemoryAttribute& SetExpr(VoidIDVector objectIDs) {
+    m_expr.emplace(std::move(objectIDs));
+    return *this;
+  }
+
   VoidID GetEntityID() const override { return GetParentID(); }
   VoidID GetAlternateSortOrderID() const override { return m_alternateSortOrderID; }
+  Expr GetExpr() const override { return m_expr ? Expr(&*m_expr) : Expr(); }
 
  private:
   VoidID m_alternateSortOrderID;
+  std::optional<MemoryExpr> m_expr;
 };
 
 /// A level of the dimension that contains it.
@@ -158,9 +179,15 @@ class MemoryRpVariable final : public MemoryRpObject<ARpVariable, kTIDARpVariabl
  public:
   MemoryRpVariable(std::uint32_t uniqueNum, const KXString& name, const VoidID& blockID, bool bSessionVariable)
       : MemoryRpObject(uniqueNum, name, blockID), m_bSessionVariable(bSessionVariable) {}
+  MemoryRpVariable& SetValueText(const KXString& text) {
+    m_valueText = text;
+    return *this;
+  }
 
   bool IsSessionVariable() const override { return m_bSessionVariable; }
+  KXString GetValueText() const override { return m_valueText; }
 
  private:
   bool m_bSessionVariable;
+  KXString m_valueText;
 };

@@ -4,6 +4,7 @@
 
 #include "Host/ARpGateway.h"
 #include "Host/BaseStringUtil.h"
+#include "Host/Expr.h"
 #include "Host/KXAssert.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCondHierarchy.h"
@@ -153,19 +154,68 @@ bool RqDumpout::Visit(RqExprNullLiteral& expr) {
 // ---------------------------------------------------------------------------------------------------------------------
 // References to what lies outside the expression
 
+namespace {
+
+/// The block under which a repository names the variables of the session.
+const KXString kSessionBlock(L"KX_SESSION");
+
+/// A literal from the pools keeps the marks of an earlier use, which are none of this text's.
+void ForgetEarlierUse(RqExprLiteral& literal) {
+  literal.SetDescriptorIDOFValue(false);
+  if (literal.IsIntegerLiteral()) static_cast<RqExprIntegerLiteral&>(literal).SetPlaceHolder(false);
+  if (literal.IsDateTimeLiteral()) static_cast<RqExprDateTimeLiteral&>(literal).SetPrecision(0);
+}
+
+}  // namespace
+
 bool RqDumpout::Visit(RqAttribute& expr) {
   ARpGateway* const pRp = m_pRp_ForPrettyColumnNames;
   const RefAAttribute attribute = expr.GetAttribute(pRp);
   if (attribute.IsNull() || m_bExternalMode) {
     AppendObject(expr.GetRepositoryUniqueID32(), expr.GetID());
-    return true;
+  } else {
+    if (const RefAEntity entity(pRp, attribute->GetEntityID()); entity) {
+      Append(entity->GetName());
+      Append(L".");
+    }
+    Append(attribute->GetName());
   }
-  if (const RefAEntity entity(pRp, attribute->GetEntityID()); entity) {
-    Append(entity->GetName());
-    Append(L".");
+  if (attribute) {
+    Expr attributeExpr = attribute->GetExpr();
+    ExtractExpr(attributeExpr, pRp);
   }
-  Append(attribute->GetName());
   return true;
+}
+
+void RqDumpout::AppendVariableValue(const ARpVariable& variable, ARpGateway* pRp) {
+  Append(L" : ");
+  if (!variable.IsSessionVariable()) {
+    Append(variable.GetValueText());
+    return;
+  }
+  const Heap<PropertyValue> value(pRp->GetSessionVariable(KXStringPair(kSessionBlock, variable.GetName())));
+  if (!value) {
+    Append(L"NULL");
+    return;
+  }
+  ObjPoolGuard<RqExprLiteral> owner;
+  RqExprLiteral* const pLiteral = RqExprLiteral::MakeRqExprLiteral(owner, value.Get());
+  ForgetEarlierUse(*pLiteral);
+  pLiteral->TourExpr(*this);
+}
+
+void RqDumpout::ExtractExpr(Expr& expr, ARpGateway* pRp) {
+  std::vector<RefARpObject> objects;
+  expr.GetObjectsInExpr(pRp, objects, false);
+  bool bFirst = true;
+  for (const RefARpObject& object : objects) {
+    Append(bFirst ? std::wstring_view(L" [ ") : std::wstring_view(L", "));
+    bFirst = false;
+    Append(object->GetName());
+    const RefARpVariable variable(pRp, object->GetID());
+    if (variable) AppendVariableValue(*variable, pRp);
+  }
+  if (!bFirst) Append(L" ] ");
 }
 
 bool RqDumpout::Visit(RqTargetColumn& expr) {
@@ -235,17 +285,6 @@ bool RqDumpout::Visit(RqExprParam& expr) {
   Append(expr.GetParamNumber());
   return true;
 }
-
-namespace {
-
-/// A literal from the pools keeps the marks of an earlier use, which are none of this text's.
-void ForgetEarlierUse(RqExprLiteral& literal) {
-  literal.SetDescriptorIDOFValue(false);
-  if (literal.IsIntegerLiteral()) static_cast<RqExprIntegerLiteral&>(literal).SetPlaceHolder(false);
-  if (literal.IsDateTimeLiteral()) static_cast<RqExprDateTimeLiteral&>(literal).SetPrecision(0);
-}
-
-}  // namespace
 
 bool RqDumpout::Visit(RqExprSessionVar& expr) {
   if (m_pRp_ForSessionVars) {

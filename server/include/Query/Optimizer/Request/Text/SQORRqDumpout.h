@@ -11,6 +11,8 @@
 #include "Query/Optimizer/Request/Node/SQORAVisitorRqNode.h"
 
 class ARpGateway;
+class ARpVariable;
+class Expr;
 class ExternalScriptExecutionData;
 class RqNode;
 class ServerStatistics;
@@ -27,7 +29,8 @@ struct VoidID;
 /// gateway, by a lack of stack or by the cancellation of the job goes on to the caller.
 ///
 /// Names. A metadata object prints by name when there is a gateway that has it: "Sales.Amount" for a column, and in
-/// external mode with all its containers and in double quotes. Without that it prints by number, as "1.3003:42": the
+/// external mode with all its containers and in double quotes; an attribute that is computed from other objects is
+/// followed by these. Without that it prints by number, as "1.3003:42": the
 /// repository and the identifier.
 ///
 /// A condition prints no parentheses of its own around its operands, apart from the disjunction below a conjunction or
@@ -85,6 +88,9 @@ class RqDumpout : public AVisitorRqNode, public AVisitorRqExpr {
 
   /// What the node is marked for, as " [for database 3023:7:Sales DB,2]".
   void ShowTargetMarks(RqNode& node);
+  /// The objects of a metadata expression, as " [ Rate : 0.19, Amount ] ": each by name, a variable with its value. Nothing
+  /// if there are none.
+  void ExtractExpr(Expr& expr, ARpGateway* pRp);
   /// The addresses of the node and its children, and its identity.
   void ShowChildIDs(RqNode& node);
   void Indent();
@@ -118,6 +124,7 @@ class RqDumpout : public AVisitorRqNode, public AVisitorRqExpr {
   void AppendName(std::wstring_view name);
   /// The name of a metadata object as the settings want it, or else its number.
   void AppendObject(std::uint32_t repositoryUniqueID, const VoidID& id);
+  void AppendVariableValue(const ARpVariable& variable, ARpGateway* pRp);
 
   /// The operand of a slot; nothing for a slot that is null or not there.
   void PrintOperand(RqExpr& expr, int slot);
