@@ -105,7 +105,7 @@ inline std::vector<ScalarSample> ScalarSamples() {
       UNARY(RqExprRand, "rand(1)"),
       {"rand()", [] { return new RqExprRand(nullptr); }},
       {"pi()", [] { return new RqExprPi; }},
-      BINARY(RqExprPow, "pow(1 , 2)"),
+      BINARY(RqExprPow, "power(1 , 2)"),
       BINARY(RqExprRound, "round(1 , 2)"),
       {"round(1)", [] { return new RqExprRound(Int(1), nullptr); }},
       BINARY(RqExprTruncate, "truncate(1 , 2)"),

@@ -140,6 +140,9 @@ TEST_F(RqNodeTree, CopiesKeepOrRenewIdentities) {
     EXPECT_EQ(copiedTarget, target);
     EXPECT_EQ(pCopy->GetIthChild(0)->GetTargetType(), ServerInfo::kDefault);
     EXPECT_EQ(pCopy->GetTargetType(), ServerInfo::kUnknown);
+    const std::unique_ptr<RqNode> pSecond(m_tree.DeepCopy(false));
+    pSecond->GetPtrMap(m_tree, copies);
+    EXPECT_EQ(copies.at(&m_tree), pCopy.get()) << "a map keeps what it holds";
   }
   const TestNode shallow(m_tree, true, false);
   EXPECT_EQ(Shape(&shallow), "a(-,-,-,-)");
@@ -160,6 +163,7 @@ TEST_F(RqNodeTree, ListsItsNodesInPreOrder) {
   std::list<RqNode*> nodes;
   m_tree.GetObjects(nodes);
   EXPECT_EQ(Names(nodes), "abdcd");
+  EXPECT_EQ(m_tree.GetMySize(), 5 * 64);
 }
 
 TEST_F(RqNodeTree, HasIdentitiesOfItsOwn) {
@@ -170,6 +174,7 @@ TEST_F(RqNodeTree, HasIdentitiesOfItsOwn) {
   EXPECT_TRUE(other.IsCopyOf(m_tree));
   other.SetUniqueID();
   EXPECT_FALSE(other.IsCopyOf(m_tree));
+  EXPECT_TRUE(other.GetNodeID().ToString().ToUTF8().starts_with("<<"));
 }
 
 using RqNodeDeathTest = RqNodeTree;

@@ -159,23 +159,48 @@ bool BoundsFromBelow(RqNodeType_e op) {
   return op == kRqExprCondEquality || op == kRqExprCondGreater || op == kRqExprCondGreaterEqual;
 }
 
+/// Whether there are values with which column opA value implies column opB value.
+bool MayImply(RqNodeType_e opA, RqNodeType_e opB) {
+  if (opB == kRqExprCondEquality) return opA == kRqExprCondEquality;
+  return BoundsFromAbove(opB) ? BoundsFromAbove(opA) : BoundsFromBelow(opA);
+}
+
 /// Law: c = v or c < v or c <= v implies c < w if v < w, and c <= w if v <= w; likewise from below. c = v implies c = w
 /// if v is w. Nothing follows from values that do not compare.
 bool Implies(const ColumnComparison& a, const ColumnComparison& b) {
+  if (!MayImply(a.m_op, b.m_op) || !AreSameExpr(*a.m_pColumn, *b.m_pColumn)) return false;
+  const TypedFieldValue& valueA = a.m_value;
+  const TypedFieldValue& valueB = b.m_value;
   switch (b.m_op) {
     case kRqExprCondEquality:
-      return a.m_op == kRqExprCondEquality && a.m_value == b.m_value;
+      return valueA == valueB;
     case kRqExprCondLess:
-      return BoundsFromAbove(a.m_op) && a.m_value < b.m_value;
+      return valueA < valueB;
     case kRqExprCondLessEqual:
-      return BoundsFromAbove(a.m_op) && (a.m_value < b.m_value || a.m_value == b.m_value);
+      return valueA < valueB || valueA == valueB;
     case kRqExprCondGreater:
-      return BoundsFromBelow(a.m_op) && b.m_value < a.m_value;
+      return valueB < valueA;
     case kRqExprCondGreaterEqual:
-      return BoundsFromBelow(a.m_op) && (b.m_value < a.m_value || a.m_value == b.m_value);
+      return valueB < valueA || valueA == valueB;
     default:
       return false;
   }
+}
+
+/// Calls function with each disjunct, left to right. Nothing for null; the condition must not be an And.
+template <class Function>
+void ForEachDisjunct(const RqExpr* pExpr, Function function) {
+  if (!pExpr) return;
+  KXThread::LowStackCheck(0);
+  const auto* const pCond = dynamic_cast<const RqExprCond*>(pExpr);
+  KX_ASSERT(pCond);
+  KX_ASSERT(pCond->IsCond());
+  KX_ASSERT(!pCond->IsAndCond());
+  if (!pCond->IsOrCond()) {
+    function(pCond);
+    return;
+  }
+  for (int i = 0; i < pCond->GetNumOperands(); ++i) ForEachDisjunct(pCond->GetIthOperand(i), function);
 }
 
 /// A disjunct, and what it says as a comparison, which is worked out when it is first asked for.
@@ -214,8 +239,13 @@ class Conjunct {
   /// In the order of expressions, each kind of equals once.
   std::vector<Disjunct>& GetDisjuncts() {
     if (m_disjuncts.empty()) {
-      ConstRqExprSet exprs;
-      ExtractORExprSet(m_pExpr, exprs);
+      ConstRqExprVector exprs;
+      ForEachDisjunct(m_pExpr, [&exprs](const RqExpr* pExpr) { exprs.push_back(pExpr); });
+      const LessEquivalentRqExpr less;
+      std::ranges::stable_sort(exprs, less);
+      const auto repeats = std::ranges::unique(
+          exprs, [less](const RqExpr* pFirst, const RqExpr* pNext) { return !less(pFirst, pNext); });
+      exprs.erase(repeats.begin(), repeats.end());
       m_disjuncts.reserve(exprs.size());
       for (const RqExpr* const pExpr : exprs) m_disjuncts.emplace_back(pExpr);
     }
@@ -226,10 +256,18 @@ class Conjunct {
   bool Has(const RqExpr& expr) {
     const std::vector<Disjunct>& disjuncts = GetDisjuncts();
     const RqShallowLessThan less;
-    const auto found = std::partition_point(disjuncts.begin(), disjuncts.end(), [&](const Disjunct& disjunct) {
-      return disjunct.GetExpr().IsLessThan(expr, less);
-    });
-    return found != disjuncts.end() && !expr.IsLessThan(found->GetExpr(), less);
+    for (std::size_t begin = 0, end = disjuncts.size(); begin < end;) {
+      const std::size_t middle = begin + (end - begin) / 2;
+      bool bEquivalent = false;
+      if (disjuncts[middle].GetExpr().IsDeepLessThan(expr, less, bEquivalent)) {
+        begin = middle + 1;
+      } else if (bEquivalent) {
+        return true;
+      } else {
+        end = middle;
+      }
+    }
+    return false;
   }
 
  private:
@@ -298,8 +336,7 @@ bool ImpliesOneOf(ARpGateway* pRp, Disjunct& a, std::vector<Disjunct>& disjuncts
   const ColumnComparison* const pComparisonA = a.GetComparison(pRp);
   return pComparisonA && std::ranges::any_of(disjuncts, [&](Disjunct& b) {
            const ColumnComparison* const pComparisonB = b.GetComparison(pRp);
-           return pComparisonB && AreSameExpr(*pComparisonA->m_pColumn, *pComparisonB->m_pColumn) &&
-                  Implies(*pComparisonA, *pComparisonB);
+           return pComparisonB && Implies(*pComparisonA, *pComparisonB);
          });
 }
 
@@ -339,17 +376,7 @@ bool IsContainedBy(ARpGateway* pRp, const RqExpr* a, const RqExpr* b, bool& bEqu
 }
 
 void ExtractORExprSet(const RqExpr* pExpr, ConstRqExprSet& exprs) {
-  if (!pExpr) return;
-  KXThread::LowStackCheck(0);
-  const auto* const pCond = dynamic_cast<const RqExprCond*>(pExpr);
-  KX_ASSERT(pCond);
-  KX_ASSERT(pCond->IsCond());
-  KX_ASSERT(!pCond->IsAndCond());
-  if (!pCond->IsOrCond()) {
-    exprs.insert(pCond);
-    return;
-  }
-  for (int i = 0; i < pCond->GetNumOperands(); ++i) ExtractORExprSet(pCond->GetIthOperand(i), exprs);
+  ForEachDisjunct(pExpr, [&exprs](const RqExpr* pDisjunct) { exprs.insert(pDisjunct); });
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

@@ -81,7 +81,7 @@ bool RqDumpout::Visit(RqExprCosh& expr) { return PrintFunction(expr, L"cosh("); 
 bool RqDumpout::Visit(RqExprTanh& expr) { return PrintFunction(expr, L"tanh("); }
 bool RqDumpout::Visit(RqExprRand& expr) { return PrintFunction(expr, L"rand("); }
 bool RqDumpout::Visit(RqExprPi& expr) { return PrintFunction(expr, L"pi("); }
-bool RqDumpout::Visit(RqExprPow& expr) { return PrintFunction(expr, L"pow(", kBlankComma); }
+bool RqDumpout::Visit(RqExprPow& expr) { return PrintFunction(expr, L"power(", kBlankComma); }
 bool RqDumpout::Visit(RqExprRound& expr) { return PrintFunction(expr, L"round(", kBlankComma); }
 bool RqDumpout::Visit(RqExprTruncate& expr) { return PrintFunction(expr, L"truncate(", kBlankComma); }
 bool RqDumpout::Visit(RqExprMod& expr) { return PrintFunction(expr, L"mod(", kBlankComma); }
