@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <tuple>
 
 #include "CondLanguage.h"
 #include "Conditions/SubquerySamples.h"
@@ -244,17 +245,28 @@ TEST(Subsumption, InsOverSubqueries) {
   const auto in = [](const wchar_t* column, RqExpr* pSubquery, bool bNegated = false) {
     return OwnedRqExprCondPtr(new RqExprCondIn(Col(column), pSubquery, bNegated));
   };
-  const OwnedRqExprCondPtr a = in(L"a", PhysicalSubquery(L"q", 1, true));
-  const std::pair<OwnedRqExprCondPtr, const char*> rows[] = {
-      {in(L"a", PhysicalSubquery(L"q", 1, false)), "same"},
-      {in(L"b", PhysicalSubquery(L"q", 1)), "no"},
-      {in(L"a", PhysicalSubquery(L"r", 1)), "no"},
-      {in(L"a", PhysicalSubquery(L"q", 1), true), "no"},
-      {in(L"a", PersistSubquery(L"q")), "no"},
+  const auto rowIn = [](RqExpr* pRows) {
+    auto* const pColumns = new RqExprColumnListOrdered;
+    pColumns->SetNumColumns(1);
+    pColumns->SetIthColumn(0, Col(L"a"));
+    return OwnedRqExprCondPtr(new RqExprCondMultiColumnIn(pColumns, pRows, false));
   };
-  for (const auto& [b, expected] : rows) {
+  const OwnedRqExprCondPtr a = in(L"a", PhysicalSubquery(L"q", 1, true));
+  const OwnedRqExprCondPtr rowsA = rowIn(PhysicalSubquery(L"q", 1));
+  const std::tuple<const RqExprCond*, OwnedRqExprCondPtr, const char*> rows[] = {
+      {a.Get(), in(L"a", PhysicalSubquery(L"q", 1, false)), "same"},
+      {a.Get(), in(L"b", PhysicalSubquery(L"q", 1)), "no"},
+      {a.Get(), in(L"a", PhysicalSubquery(L"r", 1)), "no"},
+      {a.Get(), in(L"a", PhysicalSubquery(L"q", 1), true), "no"},
+      {a.Get(), in(L"a", PersistSubquery(L"q")), "no"},
+      {rowsA.Get(), rowIn(PhysicalSubquery(L"q", 1)), "same"},
+      // A subquery has no rows to look at, which is not the same as a list without rows.
+      {rowsA.Get(), rowIn(PhysicalSubquery(L"r", 1)), "no"},
+      {rowsA.Get(), rowIn(new RqExprColumnListOrdered), "no"},
+  };
+  for (const auto& [pA, b, expected] : rows) {
     bool bEquivalent = false;
-    const bool bContained = IsContainedBy(nullptr, a.Get(), b.Get(), bEquivalent);
+    const bool bContained = IsContainedBy(nullptr, pA, b.Get(), bEquivalent);
     EXPECT_EQ(bContained ? (bEquivalent ? "same" : "yes") : "no", std::string(expected));
   }
 }
@@ -402,7 +414,7 @@ TEST(SubsumptionDeathTest, WhatIsNoConjunct) {
   EXPECT_TRUE(exprs.empty());
   EXPECT_DEATH(ExtractORExprSet(conjunction.Get(), exprs), "!pCond->IsAndCond\\(\\)");
   EXPECT_DEATH(ExtractORExprSet(nested.Get(), exprs), "!pCond->IsAndCond\\(\\)");
-  EXPECT_DEATH(ExtractORExprSet(value.Get(), exprs), "pCond");
+  EXPECT_DEATH(ExtractORExprSet(value.Get(), exprs), "pCond->IsCond\\(\\)");
   EXPECT_DEATH(ExtractConstantOperand(ParseCond("IsNull(a)").Get()), "pBinaryOperator->GetNumOperands\\(\\) == 2");
   EXPECT_DEATH(EquivClassUtil::IsPartOfEquivalenceClass({}, nullptr), "pExpr");
 }

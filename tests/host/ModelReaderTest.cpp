@@ -78,7 +78,7 @@ TEST(ModelReader, ErrorsTellTheirPlaceAndAddNothing) {
       {"[]", "m: an object must stand here, not array"},
       {"", "m: line 1, column 1: "},
       {"{\n  \"ä\": x}", "m: line 2, column 8: "},
-      {"{\"databases\": 1e999}", "number overflow"},
+      {"{\"databases\": [{}, {\"a\": [1], \"b\": [[2], 1e999]}]}", "m: databases[1].b[1]: number overflow"},
       {std::string(100000, '['), "m: line 1, column 100001: "},
       {"{\"a\xff\": 1}", "m: line 1, column "},
   };

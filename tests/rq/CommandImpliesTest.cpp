@@ -39,6 +39,10 @@ TEST(Implies, Answers) {
       {"y = 1", "y = 1 AND x = x",
        "implied, equivalent\nbut what holds for all values is taken to hold for NULL, and this row "
        "satisfies A and not B:\n    y = 1\n    x = NULL\n"},
+      // Blanks at the end of a text.
+      {"t LIKE 'a%'", "t LIKE 'a% '",
+       "implied, equivalent\nbut texts that differ in blanks at the end are taken for the same, and this row "
+       "satisfies A and not B:\n    t = 'a'\n"},
       {"y IS NULL OR x = 1", "x = 1 OR y < 3",
        "not implied\nno conjunct of A implies: x = 1 or y < 3\nthis row satisfies A and not B:\n"
        "    x = 0\n    y = NULL\n"},
@@ -57,8 +61,12 @@ TEST(Implies, Answers) {
        "this row satisfies A and not B:\n    d = TIMESTAMP '2024-01-01 00:00:00'\n"},
       {"x > 1.25 AND x < 1.5", "x IS NULL",
        "not implied\nno conjunct of A implies: x is null\nthis row satisfies A and not B:\n    x = 1.375\n"},
+      {"x > 2147483647", "x IS NULL",
+       "not implied\nno conjunct of A implies: x is null\nthis row satisfies A and not B:\n    x = 2147483648.0\n"},
       {"t > 'it''s'", "t LIKE 'x%'",
        "not implied\nno conjunct of A implies: t like 'x%'\nthis row satisfies A and not B:\n    t = 'it''sa'\n"},
+      {"t > 'a' AND t LIKE '_'", "t IS NULL",
+       "not implied\nno conjunct of A implies: t is null\nthis row satisfies A and not B:\n    t = 'b'\n"},
       {"t LIKE '_!%%' ESCAPE '!'", "t LIKE '%z'",
        "not implied\nno conjunct of A implies: t like '%z'\nthis row satisfies A and not B:\n    t = 'a%'\n"},
       {"x = $1", "x = $2",

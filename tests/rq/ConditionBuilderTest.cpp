@@ -381,6 +381,7 @@ TEST(ConditionSize, WhatNestsTooDeeplyIsAnError) {
   EXPECT_EQ(ErrorOf(Repeated("(", kMany) + "a = 1" + Repeated(")", kMany)), kNestedTooDeeply);
   EXPECT_EQ(ErrorOf(Repeated("(", kMany)), kNestedTooDeeply);
   EXPECT_EQ(ErrorOf("a" + Repeated("+a", kMany)), kNestedTooDeeply);
+  EXPECT_EQ(ErrorOf("a" + Repeated("+t.or", kMany)), kNestedTooDeeply);
   EXPECT_EQ(ErrorOf("a" + Repeated(" IS NULL", kMany)), kNestedTooDeeply);
   EXPECT_EQ(ErrorOf("a = b" + Repeated("[1]", kMany)), kNestedTooDeeply);
   EXPECT_EQ(ErrorOf("a" + Repeated(" IS NULL BETWEEN a AND a", kMany)), kNestedTooDeeply);

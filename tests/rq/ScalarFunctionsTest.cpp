@@ -6,7 +6,9 @@
 #include <cctype>
 #include <set>
 
+#include "Host/DataBlobUtil.h"
 #include "Host/MemAlloc.h"
+#include "Query/Optimizer/Request/Node/SQORRqTreeVector.h"
 #include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
 #include "rq/sql/ConditionBuilder.h"
 #include "rq/sql/SqlSpelling.h"
@@ -18,6 +20,19 @@ namespace {
 std::string ValueText(const std::string& sql) {
   const OwnedRqExprCondPtr cond = ParseCondition("(" + sql + ") < 0");
   return RqDumpout::StringFrom(*cond->GetIthOperand(RqExprCondLess::kLeftOperand)).ToUTF8();
+}
+
+/// The same, once the value has gone through bytes that nobody vouches for.
+std::string TextBehindBytes(const std::string& sql) {
+  const OwnedRqExprCondPtr cond = ParseCondition("(" + sql + ") < 0");
+  ByteVector bytes;
+  RqTreeVector::ToByteVector(cond->GetIthOperand(RqExprCondLess::kLeftOperand), bytes);
+  const BoundedRead bounds(bytes);
+  RqNode* pNode = nullptr;
+  const const_iterator end = RqTreeVector::FromByteVector(bytes.data(), &pNode);
+  const Heap<RqNode> value(pNode);
+  bounds.RequireAtEnd(end);
+  return RqDumpout::StringFrom(*value).ToUTF8();
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -36,6 +51,7 @@ TEST_P(ScalarText, IsThatOfTheTreeAndReadsAsTheSameTree) {
   const auto [sql, text] = GetParam();
   EXPECT_EQ(ValueText(sql), text ? text : sql);
   EXPECT_EQ(ValueText(ValueText(sql)), ValueText(sql));
+  EXPECT_EQ(TextBehindBytes(sql), ValueText(sql));
 }
 
 constexpr Written kTaken[] = {
@@ -153,6 +169,7 @@ TEST(ScalarFunctions, EveryRowOfTheTableMakesANodeOfItsArguments) {
         EXPECT_NE(text.find("operand" + std::to_string(i)), std::string::npos) << text;
       }
       EXPECT_EQ(ValueText(text), text);
+      EXPECT_EQ(TextBehindBytes(text), text);
     }
   }
 }
@@ -165,6 +182,7 @@ TEST(SqlSpelling, WritesWhatTheGrammarDoesNotTakeInItsPlace) {
       {"user /* ( */ ( ) x", "user             x"},
       {"user(1), s.user(), \"user\"()", "user(1), s.user(), \"user\"()"},
       {"fiscal_extract(day from f(a from b))", "fiscal_extract(day ,    f(a from b))"},
+      {"fiscal_extract(day from a is distinct from b)", "fiscal_extract(day ,    a is distinct from b)"},
       {"substring(a extract first 1 token(s) delimited by b)",
        "\"#tokens\"(a ,             1 ,                     b)"},
       {"substring(extract(day from a), 'similar')", "substring(extract(day from a), 'similar')"},
@@ -220,6 +238,7 @@ constexpr Refused kRefused[] = {
     {"coalesce(1, a = 1)", 12, "a value is needed here, not a condition"},
     {"a::text", 3, "a cast to text is not supported; the types are CHARACTER(n), VARCHAR(n),"},
     {"a::int[]", 3, "a cast to int4[] is not supported; the types are"},
+    {"a::setof int", 9, "a cast to SETOF int4 is not supported; the types are"},
     {"a::varchar", 3, "this type needs a length, such as VARCHAR(20)"},
     {"a::varchar(0)", 11, "a whole number from 1 to 2147483647 is needed here"},
     {"a::numeric(5,-2)", 13, "a whole number from 0 to 2147483647 is needed here"},

@@ -26,7 +26,8 @@ B is not implied; for text it is looked for among the values that occur in the
 conditions, their neighbours and NULL. Parameters count as columns.
 
 A column compared with itself, and a condition or its negation, count as true,
-even where NULL makes them unknown; in text a row shows it where that matters.
+even where NULL makes them unknown, and texts that differ in blanks at the end
+count as the same; in text a row shows it where that matters.
 
 A file has a pair on each line, with a tab between the two; blank lines and
 lines that begin with -- are passed over, and - is the standard input. VALUEOF

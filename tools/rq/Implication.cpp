@@ -79,32 +79,40 @@ std::string RowText(const ConditionEvaluator& evaluator, const std::vector<RowVa
 }
 
 /// A row that satisfies a and not b, or what became of the search for one.
-std::string EvidenceText(const Pair& pair, const RqExpr* pFirst, std::uint64_t maxSteps, bool& bFound) {
+struct Evidence {
+  std::string m_text;
+  bool m_bFound = false;
+  bool m_bHasNull = false;  ///< The row, if one was found.
+};
+
+Evidence FindEvidence(const Pair& pair, const RqExpr* pFirst, std::uint64_t maxSteps) {
   ConditionEvaluator evaluator(pair.m_pRp);
   if (!evaluator.Learn(*pair.m_a) || !evaluator.Learn(*pair.m_b)) {
-    return "no row was looked for: " + TextOf(evaluator.GetUnsupported()) + " cannot be evaluated here\n";
+    return {"no row was looked for: " + TextOf(evaluator.GetUnsupported()) + " cannot be evaluated here\n"};
   }
   const RowSearchResult result = FindRow(evaluator, *pair.m_a, *pair.m_b, pFirst, maxSteps);
-  bFound = result.m_outcome == RowSearchResult::Outcome::kFound;
   switch (result.m_outcome) {
     case RowSearchResult::Outcome::kFound:
-      return "this row satisfies A and not B:\n" + RowText(evaluator, result.m_row);
+      return {"this row satisfies A and not B:\n" + RowText(evaluator, result.m_row), true,
+              std::ranges::any_of(result.m_row, &RowValue::IsNull)};
     case RowSearchResult::Outcome::kNone:
-      return "no row over the values of the conditions, their neighbours and NULL satisfies A and not B\n";
+      return {"no row over the values of the conditions, their neighbours and NULL satisfies A and not B\n"};
     case RowSearchResult::Outcome::kStopped:
-      return "the search for a row that satisfies A and not B stopped after " + std::to_string(result.m_nSteps) +
-             " comparisons\n";
+      return {"the search for a row that satisfies A and not B stopped after " + std::to_string(result.m_nSteps) +
+              " comparisons\n"};
   }
   return {};
 }
 
-/// The library takes a value compared with itself, and a condition or its negation, for true. Where the difference
-/// shows soon, a row tells it.
-std::string NullNoteText(const Pair& pair) {
+/// The library takes a value compared with itself, and a condition or its negation, for true, and texts that differ in
+/// blanks at the end for the same. Where the difference shows soon, a row tells it.
+std::string ExceptionText(const Pair& pair) {
   constexpr std::uint64_t kMaxSteps = 20'000;
-  bool bFound = false;
-  const std::string evidence = EvidenceText(pair, nullptr, kMaxSteps, bFound);
-  return bFound ? "but what holds for all values is taken to hold for NULL, and " + evidence : std::string();
+  const Evidence evidence = FindEvidence(pair, nullptr, kMaxSteps);
+  if (!evidence.m_bFound) return {};
+  const char* const pReason = evidence.m_bHasNull ? "what holds for all values is taken to hold for NULL"
+                                                  : "texts that differ in blanks at the end are taken for the same";
+  return std::string("but ") + pReason + ", and " + evidence.m_text;
 }
 
 }  // namespace
@@ -119,13 +127,12 @@ ImplicationAnswer ImplicationAsText(ARpGateway* pRp, OwnedRqExprCondPtr a, Owned
                                     std::uint64_t maxSteps) {
   const Pair pair(pRp, a, b);
   if (pair.m_bImplied) {
-    return {true, std::string(pair.m_bEquivalent ? "implied, equivalent\n" : "implied\n") + NullNoteText(pair)};
+    return {true, std::string(pair.m_bEquivalent ? "implied, equivalent\n" : "implied\n") + ExceptionText(pair)};
   }
   const Conjuncts conjunctsOfA(*pair.m_a);
   const Conjuncts conjunctsOfB(*pair.m_b);
   const RqExpr* const pUncovered = FindUncovered(pRp, conjunctsOfA, conjunctsOfB);
-  bool bFound = false;
-  const std::string evidence = EvidenceText(pair, pUncovered, maxSteps, bFound);
-  return {false,
-          (bFound ? "not implied\n" : "not shown\n") + ReasonText(conjunctsOfA, conjunctsOfB, pUncovered) + evidence};
+  const Evidence evidence = FindEvidence(pair, pUncovered, maxSteps);
+  return {false, (evidence.m_bFound ? "not implied\n" : "not shown\n") +
+                     ReasonText(conjunctsOfA, conjunctsOfB, pUncovered) + evidence.m_text};
 }

@@ -30,7 +30,8 @@ void AppendKey(std::string& path, std::string_view key) {
 
 void AppendIndex(std::string& path, std::size_t index) { path += '[' + std::to_string(index) + ']'; }
 
-/// Watches a text being read for keys that an object has already: the parser would keep the last value alone.
+/// Watches a text being read for keys that an object has already: the parser would keep the last value alone. Knows the
+/// place of a number that the parser refuses, too.
 class DuplicateKeys {
  public:
   explicit DuplicateKeys(const KXString& source) : m_source(source) {}
@@ -56,6 +57,12 @@ class DuplicateKeys {
         CountElement();
         break;
     }
+  }
+
+  /// Of the value that comes next.
+  std::string GetPathOfNext() {
+    CountElement();
+    return GetPath();
   }
 
  private:
@@ -121,7 +128,7 @@ Json ParseJson(std::string_view text, const KXString& source) {
     // The byte is the last one read, counted from 1.
     RaiseAt(source, PlaceOf(text, error.byte == 0 ? 0 : error.byte - 1), CauseOf(error));
   } catch (const Json::out_of_range& error) {  // a number beyond all types
-    RaiseAt(source, {}, CauseOf(error));
+    RaiseAt(source, duplicateKeys.GetPathOfNext(), CauseOf(error));
   }
 }
 

@@ -11,7 +11,7 @@
 using Json = nlohmann::json;
 
 /// Reads JSON. Raises ErrorMessage kMsgModel with line and column if the text is none, and with the path if an object
-/// has two members of one key.
+/// has two members of one key or a number is beyond all types.
 Json ParseJson(std::string_view text, const KXString& source);
 
 /// A value in a JSON document, which it lends, with the way to it from the top. What its content cannot be read as

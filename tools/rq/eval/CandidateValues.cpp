@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <numeric>
+#include <utility>
 
 #include "Host/KXDateTime.h"
 #include "rq/eval/LikePattern.h"
@@ -72,16 +73,31 @@ void AddNumberNeighbours(double value, int nSteps, Values& values) {
   }
 }
 
+/// Beyond the range of integers they are floats.
 void AddIntegerNeighbours(int value, int nSteps, Values& values) {
   for (int step = 1; step <= nSteps; ++step) {
-    if (value >= std::numeric_limits<int>::min() + step) values.push_back(Make(value - step));
-    if (value <= std::numeric_limits<int>::max() - step) values.push_back(Make(value + step));
+    for (const std::int64_t neighbour : {std::int64_t{value} - step, std::int64_t{value} + step}) {
+      const bool bIsInteger = std::in_range<int>(neighbour);
+      values.push_back(bIsInteger ? Make(static_cast<int>(neighbour)) : Make(static_cast<double>(neighbour)));
+    }
   }
 }
 
+constexpr bool IsLetterOrDigit(wchar_t c) {
+  return (L'0' <= c && c <= L'9') || (L'A' <= c && c <= L'Z') || (L'a' <= c && c <= L'z');
+}
+
+/// Longer ones, the shorter one, and those with the letter or digit before or after the last one.
 void AddTextNeighbours(const KXString& value, Values& values) {
   values.push_back(Make(value + L"a"));
-  if (!value.empty()) values.push_back(Make(value.substr(0, value.size() - 1)));
+  if (!value.empty()) {
+    const KXString start = value.substr(0, value.size() - 1);
+    values.push_back(Make(start));
+    const wchar_t last = value[value.size() - 1];
+    for (const wchar_t next : {static_cast<wchar_t>(last - 1), static_cast<wchar_t>(last + 1)}) {
+      if (IsLetterOrDigit(last) && IsLetterOrDigit(next)) values.push_back(Make(start + next));
+    }
+  }
   values.push_back(Make(value + L"!"));
 }
 

@@ -96,9 +96,11 @@ std::int32_t ReadNumber(SqlNode number, std::string_view text, std::int32_t low,
 const TypeRow& FindType(SqlNode typeName) {
   std::string name = WithoutCatalogue(TextsOf(typeName.Get("names")));
   const bool bIsArray = !typeName.Get("arrayBounds").IsNone();
-  const TypeRow* const pRow = bIsArray ? nullptr : FindByName(kTypes, name);
+  const bool bIsSet = !typeName.Get("setof").IsNone();
+  const TypeRow* const pRow = bIsArray || bIsSet ? nullptr : FindByName(kTypes, name);
   if (pRow) return *pRow;
   if (bIsArray) name += "[]";
+  if (bIsSet) name.insert(0, "SETOF ");
   throw SqlError(PlaceOfNode(typeName), "a cast to " + ForMessage(name, kMaxQuotedCharacters) +
                                             " is not supported; the types are " + kTypesInWords);
 }

@@ -113,8 +113,10 @@ void CheckSqlNesting(std::string_view text) {
   SqlLexer lexer(text);
   SqlToken token = lexer.Next();
   if (token.m_kind == SqlToken::kEnd) throw SqlError(0, "there is no condition here");
+  bool bIsName = false;  // behind a point any word is one
   for (NestingCount count; token.m_kind != SqlToken::kEnd; token = lexer.Next()) {
-    count.Take(EffectOf(token, text));
+    count.Take(bIsName && token.m_kind == SqlToken::kWord ? Effect::kStep : EffectOf(token, text));
+    bIsName = text.substr(token.m_begin, token.m_end - token.m_begin) == ".";
     if (count.GetDepth() > kMaxSqlNesting) throw SqlError(token.m_begin, kNestedTooDeeply);
   }
 }

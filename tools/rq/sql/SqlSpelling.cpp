@@ -70,7 +70,8 @@ class Respelling {
       const bool bIsType = Is(m_previous, "as") || Is(m_previous, ":") || Is(m_previous, "national");
       if (!bIsType && IsNext("(")) Write(token.m_begin, token.m_end, "chr");
     } else if (!m_open.empty() && Is(m_open.back(), "fiscal_extract")) {
-      if (Is(token, "from") || Is(token, "fiscal_year_start")) Write(token.m_begin, token.m_end, ",");
+      const bool bIsFrom = Is(token, "from") && !Is(m_previous, "distinct");
+      if (bIsFrom || Is(token, "fiscal_year_start")) Write(token.m_begin, token.m_end, ",");
     } else if (!m_open.empty() && Is(m_open.back(), "substring")) {
       TakeWordOfSubstring(token, m_open.back());
     }

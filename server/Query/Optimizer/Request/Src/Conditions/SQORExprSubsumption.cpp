@@ -192,9 +192,8 @@ template <class Function>
 void ForEachDisjunct(const RqExpr* pExpr, Function function) {
   if (!pExpr) return;
   KXThread::LowStackCheck(0);
-  const auto* const pCond = dynamic_cast<const RqExprCond*>(pExpr);
-  KX_ASSERT(pCond);
-  KX_ASSERT(pCond->IsCond());
+  KX_ASSERT_TEXT(pExpr->IsCond(), L"pCond->IsCond()");
+  const auto* const pCond = static_cast<const RqExprCond*>(pExpr);
   KX_ASSERT(!pCond->IsAndCond());
   if (!pCond->IsOrCond()) {
     function(pCond);
@@ -313,13 +312,19 @@ bool AreRowsAmong(const RqExpr& rowsA, const RqExpr& rowsB) {
   return true;
 }
 
+/// The columns or the rows of an IN over rows; null if a subquery gives them.
+const RqExpr* GetColumnList(const RqExprCondMultiColumnIn& cond, int operand) {
+  const RqExpr* const pList = cond.GetIthOperand(operand);
+  return pList && pList->IsMultiExpr() ? pList : nullptr;
+}
+
 /// (c, d) in rows  implies  (c, d) in more rows. Wanted: negated ones are taken in the same direction, which is the
 /// wrong one for them: a caller that may meet such lists expands them first (RqExprCondMultiColumnIn::Expand).
 bool Implies(const RqExprCondMultiColumnIn& a, const RqExprCondMultiColumnIn& b) {
-  const RqExpr* const pColumnsA = a.GetIthOperand(RqExprCondIn::kSearchExpr);
-  const RqExpr* const pColumnsB = b.GetIthOperand(RqExprCondIn::kSearchExpr);
-  const RqExpr* const pRowsA = a.GetIthOperand(RqExprCondIn::kInValues);
-  const RqExpr* const pRowsB = b.GetIthOperand(RqExprCondIn::kInValues);
+  const RqExpr* const pColumnsA = GetColumnList(a, RqExprCondIn::kSearchExpr);
+  const RqExpr* const pColumnsB = GetColumnList(b, RqExprCondIn::kSearchExpr);
+  const RqExpr* const pRowsA = GetColumnList(a, RqExprCondIn::kInValues);
+  const RqExpr* const pRowsB = GetColumnList(b, RqExprCondIn::kInValues);
   return a.IsNegated() == b.IsNegated() && pColumnsA && pColumnsB && RqEquivalence()(*pColumnsA, *pColumnsB) &&
          pRowsA && pRowsB && AreRowsAmong(*pRowsA, *pRowsB);
 }

@@ -13,9 +13,9 @@ class RqExprSessionVar;
 // What one condition says about another. Nothing here changes the trees it is given, and nothing it gives owns any of
 // them. Answers are incomplete: a no means that nothing could be shown. A yes holds in every row, with these
 // exceptions, which are wanted: a value compared with itself, and a condition or its negation, count as true where a
-// null makes them unknown; a test that only the database knows counts as the same as its negation; the rows of a
-// negated In are taken for those of a plain one; and where a session variable is read the answer holds for its value in
-// this session.
+// null makes them unknown; constant texts that differ in blanks at the end count as the same; a test that only the
+// database knows counts as the same as its negation; the rows of a negated In are taken for those of a plain one; and
+// where a session variable is read the answer holds for its value in this session.
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Implication

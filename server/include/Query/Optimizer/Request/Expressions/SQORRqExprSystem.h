@@ -22,7 +22,8 @@ class RqExprUser final : public RqScalarFunction<RqExprUser, kRqExprUser, RqNoOp
   bool IsConstant() const override { return true; }
 };
 
-/// The column that the index of a list of columns chooses.
+/// The column that an index chooses from a list. No slot is named: index and columns are added as children, and there
+/// may be any number of them.
 class RqExprIndexCol final : public RqScalarFunction<RqExprIndexCol, kRqExprIndexCol, RqNoOperands> {
  public:
   using RqScalarFunction::RqScalarFunction;
