@@ -32,9 +32,7 @@ void SystemUtility::GetTimeOfDay(unsigned& seconds, int& microseconds) {
   microseconds = static_cast<int>(now.tv_usec);
 }
 
-bool SystemUtility::Getenv(const KXString& name, KXString& value) {
-  return Getenv(name.ToUTF8().c_str(), value);
-}
+bool SystemUtility::Getenv(const KXString& name, KXString& value) { return Getenv(name.ToUTF8().c_str(), value); }
 
 bool SystemUtility::Getenv(const char* name, KXString& value) {
   const char* const text = std::getenv(name);

@@ -16,8 +16,8 @@ class CrcUtil {
 };
 
 /// Holds all reading of the byte form on this thread, while it lives, to one buffer and to limits: a read that would
-/// cross the buffer's end, and any other damage that a reader finds, raises an ErrorMessage with the byte offset instead
-/// of running on or ending the process. Meant for bytes that were not written by this process.
+/// cross the buffer's end, and any other damage that a reader finds, raises an ErrorMessage with the byte offset
+/// instead of running on or ending the process. Meant for bytes that were not written by this process.
 ///
 /// Scopes nest, the inner one replacing the outer one until it ends. Bytes outside the buffer, such as another vector
 /// that is read meanwhile, are not bounded by the scope. The buffer must outlive the scope.
@@ -48,8 +48,8 @@ class BoundedRead {
   /// Where the cursor stands in the buffer, as it goes into messages.
   KXString GetOffset(const_iterator cursor) const;
 
-  /// Counts, while it lives, an object that is read at the cursor and may hold others. Raises an ErrorMessage when there
-  /// are too many, or too many inside one another. Without a scope in force it does nothing.
+  /// Counts, while it lives, an object that is read at the cursor and may hold others. Raises an ErrorMessage when
+  /// there are too many, or too many inside one another. Without a scope in force it does nothing.
   class Object {
    public:
     explicit Object(const_iterator cursor) : m_pScope(Current()) {

@@ -88,8 +88,8 @@ class RqDumpout : public AVisitorRqNode, public AVisitorRqExpr {
 
   /// What the node is marked for, as " [for database 3023:7:Sales DB,2]".
   void ShowTargetMarks(RqNode& node);
-  /// The objects of a metadata expression, as " [ Rate : 0.19, Amount ] ": each by name, a variable with its value. Nothing
-  /// if there are none.
+  /// The objects of a metadata expression, as " [ Rate : 0.19, Amount ] ": each by name, a variable with its value.
+  /// Nothing if there are none.
   void ExtractExpr(Expr& expr, ARpGateway* pRp);
   /// The addresses of the node and its children, and its identity.
   void ShowChildIDs(RqNode& node);
