@@ -7,67 +7,40 @@
 
 namespace {
 
-struct TypeNames {
+struct TypeEntry {
+  KXTypeClass m_class;
   const wchar_t* m_pSingleWord;
   const wchar_t* m_pSql;
 };
 
-constexpr std::array<TypeNames, KXMaxType> kTypeNames = [] {
-  std::array<TypeNames, KXMaxType> names{};
-#define KX_DATA_TYPE(enumerator, number, singleWordName, sqlName) names[number] = {L##singleWordName, L##sqlName};
+constexpr std::array<TypeEntry, KXMaxType> kTypes = [] {
+  std::array<TypeEntry, KXMaxType> types{};
+#define KX_DATA_TYPE(enumerator, number, typeClass, singleWordName, sqlName) \
+  types[number] = {KXTypeClass::typeClass, L##singleWordName, L##sqlName};
 #include "Host/KXDataTypes.def"
 #undef KX_DATA_TYPE
-  return names;
+  return types;
 }();
 
-const TypeNames& NamesOf(KXDataType type) {
+const TypeEntry& EntryOf(KXDataType type) {
   KX_ASSERT(type < KXMaxType);
-  return kTypeNames[type];
+  return kTypes[type];
 }
 
 enum class Dimensions { kNone, kPrecision, kPrecisionAndScale };
 
 /// Which dimensions a declaration of the type spells out.
 Dimensions DeclaredDimensions(KXDataType type) {
-  switch (type) {
-    case KXCharData:
-    case KXVarCharData:
-    case KXBinaryData:
-    case KXVarBinaryData:
-      return Dimensions::kPrecision;
-    case KXNumericData:
-    case KXDecimalData:
-      return Dimensions::kPrecisionAndScale;
-    case KXBitData:
-    case KXLongVarCharData:
-    case KXLongVarBinaryData:
-    case KXInt1Data:
-    case KXUInt1Data:
-    case KXInt2Data:
-    case KXUInt2Data:
-    case KXInt4Data:
-    case KXUInt4Data:
-    case KXFloatData:
-    case KXDoubleData:
-    case KXMoneyData:
-    case KXDateData:
-    case KXTimeData:
-    case KXDateTimeData:
-    case KXTimeStampData:
-    case KXIntervalData:
-    case KXObjectData:
-    case KXBoolean:
-    case KXUnknown:
-    case KXMaxType:
-      return Dimensions::kNone;
-  }
-  return Dimensions::kNone;
+  if (type == KXLongVarCharData || type == KXLongVarBinaryData) return Dimensions::kNone;
+  const KXTypeClass typeClass = EntryOf(type).m_class;
+  if (typeClass == KXTypeClass::kText || typeClass == KXTypeClass::kBinary) return Dimensions::kPrecision;
+  return typeClass == KXTypeClass::kDecimal ? Dimensions::kPrecisionAndScale : Dimensions::kNone;
 }
 
 }  // namespace
 
 KXString KXTypeInfo::Describe() const {
-  KXString text(NamesOf(type_).m_pSql);
+  KXString text(EntryOf(type_).m_pSql);
   const Dimensions dimensions = DeclaredDimensions(type_);
   if (dimensions != Dimensions::kNone && precision_ > 0) {
     text.append(L"(").append(BaseStringUtil::StringFrom(precision_));
@@ -79,21 +52,20 @@ KXString KXTypeInfo::Describe() const {
 }
 
 void SUKXDataTypeUtility::GetSingleWordKXDataTypeName(KXDataType type, KXString& name) {
-  name = NamesOf(type).m_pSingleWord;
+  name = EntryOf(type).m_pSingleWord;
 }
 
 KXDataType SUKXDataTypeUtility::GetKXDataTypeFromSingleWordName(const KXString& name) {
   for (int type = 0; type < KXMaxType; ++type) {
-    if (BaseStringUtil::IsCaseInsensitiveMatch(name, kTypeNames[type].m_pSingleWord)) {
+    if (BaseStringUtil::IsCaseInsensitiveMatch(name, kTypes[type].m_pSingleWord)) {
       return static_cast<KXDataType>(type);
     }
   }
   return KXUnknown;
 }
 
-void SUKXDataTypeUtility::GetKXDataTypeName(KXDataType type, KXString& name) { name = NamesOf(type).m_pSql; }
+void SUKXDataTypeUtility::GetKXDataTypeName(KXDataType type, KXString& name) { name = EntryOf(type).m_pSql; }
 
-bool SUKXDataTypeUtility::IsKXTextType(KXDataType type) {
-  KX_ASSERT(type < KXMaxType);
-  return type == KXCharData || type == KXVarCharData || type == KXLongVarCharData;
-}
+KXTypeClass SUKXDataTypeUtility::GetKXTypeClass(KXDataType type) { return EntryOf(type).m_class; }
+
+bool SUKXDataTypeUtility::IsKXTextType(KXDataType type) { return GetKXTypeClass(type) == KXTypeClass::kText; }

@@ -1,16 +1,18 @@
 #include "Host/KXLock.h"
 
-#include <linux/futex.h>
-#include <sys/syscall.h>
-#include <unistd.h>
+#include <algorithm>
+#include <chrono>
+#include <thread>
 
 #include "Host/BaseStringUtil.h"
 #include "Host/KXAssert.h"
 
 namespace {
 
-/// About as long as going to sleep and being woken takes.
-constexpr int kSpins = 100;
+/// About as long as the shortest nap takes.
+constexpr int kSpins = 1000;
+constexpr std::chrono::microseconds kFirstNap(20);
+constexpr std::chrono::microseconds kLongestNap(1000);
 
 void Pause() {
 #if defined(__x86_64__) || defined(__i386__)
@@ -19,15 +21,6 @@ void Pause() {
   asm volatile("yield");
 #endif
 }
-
-static_assert(sizeof(std::atomic<int>) == sizeof(int) && std::atomic<int>::is_always_lock_free);
-
-/// Sleeps unless the word has another value than expected by now. May return for no reason.
-void FutexWait(std::atomic<int>& word, int expected) {
-  syscall(SYS_futex, &word, FUTEX_WAIT_PRIVATE, expected, nullptr, nullptr, 0);
-}
-
-void FutexWakeOne(std::atomic<int>& word) { syscall(SYS_futex, &word, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0); }
 
 [[noreturn]] void ReportLockMisuse(const wchar_t* what, const char* file, int line, const char* function) {
   KX_LOGIC_ERROR(L"lock of " + KXString::FromUTF8(function) + L" (" + KXString::FromUTF8(file) + L':' +
@@ -39,17 +32,13 @@ void FutexWakeOne(std::atomic<int>& word) { syscall(SYS_futex, &word, FUTEX_WAKE
 void KXCriticalSection::AcquireContended() {
   for (int i = 0; i < kSpins; ++i) {
     Pause();
-    if (m_state.load(std::memory_order_relaxed) == kFree && TryAcquire()) return;
+    if (!m_bHeld.load(std::memory_order_relaxed) && TryAcquire()) return;
   }
-  // Who comes this far cannot know whether others sleep, so it holds the lock as one with sleepers.
-  while (m_state.exchange(kHeldWithSleepers, std::memory_order_acquire) != kFree) {
-    FutexWait(m_state, kHeldWithSleepers);
+  std::chrono::microseconds nap = kFirstNap;
+  while (!TryAcquire()) {
+    std::this_thread::sleep_for(nap);
+    nap = std::min(2 * nap, kLongestNap);
   }
-}
-
-void KXCriticalSection::FinishRelease(int previous) {
-  if (previous == kFree) ReportMisuse(L"released while free");
-  FutexWakeOne(m_state);
 }
 
 void KXCriticalSection::ReportMisuse(const wchar_t* what) const { ReportLockMisuse(what, m_file, m_line, m_function); }

@@ -1,9 +1,9 @@
 #include "CondLanguage.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <map>
 
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCondHierarchy.h"
@@ -16,6 +16,23 @@
 namespace {
 
 using Operands = std::vector<RqExpr*>;
+using Words = std::map<RqNodeType_e, std::string>;
+
+const Words kOperators = {{kRqExprCondEquality, "="},   {kRqExprCondNotEqual, "<>"}, {kRqExprCondLess, "<"},
+                          {kRqExprCondLessEqual, "<="}, {kRqExprCondGreater, ">"},   {kRqExprCondGreaterEqual, ">="}};
+const Words kCalls = {{kRqExprCondIsNull, "IsNull"},
+                      {kRqExprCondBetween, "Between"},
+                      {kRqExprCondLike, "Like"},
+                      {kRqExprCondIn, "In"},
+                      {kRqExprCondMultiColumnIn, "MultiIn"},
+                      {kRqExprEvaluatePredicate, "Pred"},
+                      {kRqExprIsAncestor, "IsAncestor"},
+                      {kRqExprIsRoot, "IsRoot"},
+                      {kRqExprIsSibling, "IsSibling"},
+                      {kRqExprIsLeaf, "IsLeaf"},
+                      {kRqExprCondGroupByContent, "GroupBy"},
+                      {kRqExprCondAtomicWrapper, "Wrap"},
+                      {kRqExprCondOuterJoinFilter, "Filter"}};
 
 template <class List>
 RqExpr* MakeList(Operands operands, std::size_t first) {
@@ -170,33 +187,13 @@ std::string NotText(const RqExpr& inner) {
 }
 
 std::string CallText(const RqExpr& expr) {
-  static const std::map<RqNodeType_e, std::string> kNames = {{kRqExprCondIsNull, "IsNull"},
-                                                             {kRqExprCondBetween, "Between"},
-                                                             {kRqExprCondLike, "Like"},
-                                                             {kRqExprCondIn, "In"},
-                                                             {kRqExprCondMultiColumnIn, "MultiIn"},
-                                                             {kRqExprEvaluatePredicate, "Pred"},
-                                                             {kRqExprIsAncestor, "IsAncestor"},
-                                                             {kRqExprIsRoot, "IsRoot"},
-                                                             {kRqExprIsSibling, "IsSibling"},
-                                                             {kRqExprIsLeaf, "IsLeaf"},
-                                                             {kRqExprCondGroupByContent, "GroupBy"},
-                                                             {kRqExprCondAtomicWrapper, "Wrap"},
-                                                             {kRqExprCondOuterJoinFilter, "Filter"}};
   const RqNodeType_e type = expr.GetObjectType();
-  bool bNegated = false;
-  if (const auto* const pNegatable = dynamic_cast<const RqExprCondNegatable*>(&expr))
-    bNegated = pNegatable->IsNegated();
-  if (type == kRqExprEvaluatePredicate) bNegated = static_cast<const RqExprEvaluatePredicate&>(expr).IsNegated();
   std::string operands = OperandTexts(expr, type == kRqExprCondMultiColumnIn ? ";" : ",");
   if (type == kRqExprIsRoot) operands = CondText(expr.GetIthOperand(0));
-  if (type == kRqExprIsSibling) {
-    operands = CondText(expr.GetIthOperand(0)) + "," + CondText(expr.GetIthOperand(1)) + "," +
-               CondText(expr.GetIthOperand(RqExprIsSibling::kParentKey));
-  }
-  const auto name = kNames.find(type);
-  if (name == kNames.end()) return "?";
-  if (!bNegated) return name->second + "(" + operands + ")";
+  if (type == kRqExprIsSibling) operands.erase(operands.rfind(",", operands.rfind(",") - 1), 2);
+  const auto name = kCalls.find(type);
+  if (name == kCalls.end()) return "?";
+  if (!IsNegatedCond(expr)) return name->second + "(" + operands + ")";
   return (type == kRqExprCondIsNull ? "NotNull" : "Not" + name->second) + "(" + operands + ")";
 }
 
@@ -205,9 +202,6 @@ std::string CallText(const RqExpr& expr) {
 OwnedRqExprCondPtr ParseCond(const std::string& text) { return OwnedRqExprCondPtr(Parser(text).ParseAll()); }
 
 std::string CondText(const RqExpr* pExpr) {
-  static const std::map<RqNodeType_e, const char*> kOperators = {
-      {kRqExprCondEquality, "="},   {kRqExprCondNotEqual, "<>"}, {kRqExprCondLess, "<"},
-      {kRqExprCondLessEqual, "<="}, {kRqExprCondGreater, ">"},   {kRqExprCondGreaterEqual, ">="}};
   if (!pExpr) return "-";
   const RqExpr& expr = *pExpr;
   const RqNodeType_e type = expr.GetObjectType();
@@ -216,6 +210,9 @@ std::string CondText(const RqExpr* pExpr) {
     return CondText(expr.GetIthOperand(0)) + (bNullsToo ? "==" : op->second) + CondText(expr.GetIthOperand(1));
   }
   if (type == kRqTargetColumn) return static_cast<const RqTargetColumn&>(expr).GetColumnName(nullptr).ToUTF8();
+  if (type == kRqAttribute) {
+    return "@" + std::to_string(static_cast<const RqAttribute&>(expr).GetID().m_uniqueNum.m_number);
+  }
   if (type == kRqExprIntegerLiteral) return std::to_string(static_cast<const RqExprIntegerLiteral&>(expr).GetValue());
   if (type == kRqExprNullLiteral) return "null";
   if (type == kRqExprParam) return "?" + std::to_string(static_cast<const RqExprParam&>(expr).GetParamNumber());
@@ -225,4 +222,32 @@ std::string CondText(const RqExpr* pExpr) {
   if (type == kRqExprCondAnd || type == kRqExprCondOr) return ChainText(expr, type);
   if (type == kRqExprCondNot) return NotText(*expr.GetIthOperand(0));
   return CallText(expr);
+}
+
+bool IsNegatedCond(const RqExpr& cond) {
+  if (const auto* const pCond = dynamic_cast<const RqExprCondNegatable*>(&cond)) return pCond->IsNegated();
+  if (const auto* const pCond = dynamic_cast<const RqExprIsAncestor*>(&cond)) return pCond->IsNegated();
+  const auto* const pPredicate = dynamic_cast<const RqExprEvaluatePredicate*>(&cond);
+  return pPredicate && pPredicate->IsNegated();
+}
+
+std::string RandomCondText(std::mt19937& random, int depth) {
+  const auto upTo = [&random](int last) { return std::uniform_int_distribution<int>(0, last)(random); };
+  if (depth > 0 && upTo(4) > 0) {
+    if (upTo(4) == 0) return "!(" + RandomCondText(random, depth - 1) + ")";
+    const char* const connective = upTo(1) == 0 ? " & " : " | ";
+    std::string text = "(" + RandomCondText(random, depth - 1) + ")";
+    for (int i = upTo(1); i >= 0; --i) text += connective + ("(" + RandomCondText(random, depth - 1) + ")");
+    return text;
+  }
+  const int column = upTo(3);
+  const std::string name(1, "abcd"[column]);
+  const auto operand = [&] { return upTo(4) == 0 ? std::string(1, "bcda"[column]) : std::to_string(upTo(3)); };
+  const std::string prefix = upTo(1) == 0 ? "" : "Not";
+  static const char* const kSigns[] = {"=", "==", "<>", "<", "<=", ">", ">="};
+  const std::string atoms[] = {
+      name + kSigns[upTo(6)] + operand(), (prefix.empty() ? "IsNull(" : "NotNull(") + name + ")",
+      prefix + "Between(" + name + "," + operand() + "," + operand() + ")",
+      prefix + "In(" + name + "," + operand() + "," + operand() + ")", prefix + "Like(" + name + "," + operand() + ")"};
+  return atoms[std::max(0, upTo(9) - 5)];
 }

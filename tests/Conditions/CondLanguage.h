@@ -1,5 +1,6 @@
 #pragma once
 
+#include <random>
 #include <string>
 #include <vector>
 
@@ -30,10 +31,9 @@ std::string CondTexts(const Exprs& exprs) {
   return texts;
 }
 
-/// The same, as a vector.
-template <class Exprs>
-std::vector<std::string> CondTextVector(const Exprs& exprs) {
-  std::vector<std::string> texts;
-  for (const auto& expr : exprs) texts.push_back(CondText(&*expr));
-  return texts;
-}
+/// A random condition over columns a to d and integers 0 to 3, its connectives nested that deep. No atom compares a
+/// column with itself.
+std::string RandomCondText(std::mt19937& random, int depth);
+
+/// Whether a condition has a negation of its own, and it is on.
+bool IsNegatedCond(const RqExpr& cond);

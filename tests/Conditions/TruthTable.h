@@ -8,10 +8,12 @@
 #include <vector>
 
 #include "CondLanguage.h"
+#include "Query/Optimizer/Request/Conditions/SQORInwardNegationForm.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCondHierarchy.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCondSpecial.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqColumn.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprLiteral.h"
+#include "Query/Optimizer/Request/Node/SQORRqNodeUtil.h"
 
 // The meaning of conditions, by trying: a condition is evaluated on every row over its columns, where a column takes
 // each value of a small domain and null. It knows SQL's three truth values and nothing of the rewriting under test.
@@ -141,13 +143,7 @@ class TruthTable {
       if (!value) return Truth::kUnknown;
       sum += *value;
     }
-    bool bNegated = false;
-    if (const auto* const pNegatable = dynamic_cast<const RqExprCondNegatable*>(&cond))
-      bNegated = pNegatable->IsNegated();
-    if (const auto* const pPredicate = dynamic_cast<const RqExprEvaluatePredicate*>(&cond))
-      bNegated = pPredicate->IsNegated();
-    if (const auto* const pAncestor = dynamic_cast<const RqExprIsAncestor*>(&cond)) bNegated = pAncestor->IsNegated();
-    return TruthOf((sum % 2 == 0) != bNegated);
+    return TruthOf((sum % 2 == 0) != IsNegatedCond(cond));
   }
   static void CollectColumns(const RqExpr* pExpr, std::set<std::size_t>& columns) {
     if (!pExpr) return;
@@ -178,4 +174,15 @@ inline std::string FirstDifference(const RqExpr& cond, const RqExpr* pOther, boo
   std::vector<const RqExpr*> terms;
   if (pOther) terms.push_back(pOther);
   return FirstDifference(cond, terms, true, bNulls);
+}
+
+/// Whether a part is known to be true or false whatever the row is. Where that is so for x or not x, nulls are left out
+/// of account.
+inline bool HasFoldedPart(const RqExprCond& cond) {
+  InwardNegationForm inward;
+  const_cast<RqExprCond&>(cond).TourExpr(inward);
+  return FoundNodes(inward.GetInwardNegationExpr(), [](const RqNode& node) {
+    const auto* const pCond = dynamic_cast<const RqExprCond*>(&node);
+    return pCond && (pCond->IsAlwaysTrue() || pCond->IsAlwaysFalse());
+  });
 }

@@ -15,6 +15,11 @@ inline RqExpr* Str(const wchar_t* value) { return new RqExprStringLiteral(KXStri
 inline RqExpr* Null() { return new RqExprNullLiteral(); }
 inline RqExpr* Col(const wchar_t* name, int tableNum = 1) { return new RqTargetColumn(KXString(name), tableNum); }
 
+template <class... Operands>
+RqExprVector Exprs(Operands... operands) {
+  return {operands...};
+}
+
 /// An expression with any operands, null ones among them.
 inline RqExpr* Row(std::initializer_list<RqExpr*> operands) {
   auto* const pRow = new RqExprColumnListOrdered();

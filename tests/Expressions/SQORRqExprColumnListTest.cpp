@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <tuple>
 
 #include "Expressions/ExprSamples.h"
 #include "Host/MemAlloc.h"
@@ -13,68 +14,32 @@ namespace {
 
 using testing::IsEmpty;
 
-struct InitRow {
-  const char* name;
-  std::function<RqExprVector()> columns;
-  const char* kept;    // in input order, constants kept
-  const char* sorted;  // in the order of expressions
-  const char* withoutConstants;
-};
-
-void PrintTo(const InitRow& row, std::ostream* pOut) { *pOut << row.name; }
-
-const InitRow kInitRows[] = {
-    {"none", [] { return RqExprVector{}; }, "[]", "[]", "[]"},
-    {"distinct",
-     [] {
-       return RqExprVector{Col(L"c"), Col(L"a"), Col(L"b")};
-     },
-     "[c a b]", "[a b c]", "[c a b]"},
-    {"duplicates",
-     [] {
-       return RqExprVector{Col(L"b"), Col(L"a"), Col(L"b"), Col(L"a"), Col(L"b")};
-     },
-     "[b a]", "[a b]", "[b a]"},
-    {"constants",
-     [] {
-       return RqExprVector{Int(2), Col(L"a"), Int(1), Int(2), Null()};
-     },
-     "[2 a 1 null]", "[a 1 2 null]", "[a]"},
-    {"constant rows",
-     [] {
-       return RqExprVector{Row({Int(1)}), Row({Int(1), Col(L"a")}), Row({})};
-     },
-     "[[1] [1 a] []]", "[[] [1] [1 a]]", "[[1 a] []]"},
-    {"only constants",
-     [] {
-       return RqExprVector{Int(1), Int(1)};
-     },
-     "[1]", "[1]", "[]"},
-    {"null columns",
-     [] {
-       return RqExprVector{Col(L"a"), nullptr, nullptr};
-     },
-     "[a -]", "[- a]", "[a -]"},
-};
-
-class ColumnListInit : public testing::TestWithParam<InitRow> {};
-
-TEST_P(ColumnListInit, TakesColumns) {
-  const InitRow& row = GetParam();
-  const auto init = [&row](bool dropConstants, bool sortColumns) {
-    RqExprVector columns = row.columns();
-    const RqExprColumnList list(columns, dropConstants, sortColumns);
-    EXPECT_THAT(columns, IsEmpty());
-    return Text(&list);
+TEST(ColumnList, TakesColumns) {
+  // Columns; what is kept of them in their order, in the order of expressions, and without constants.
+  const std::tuple<std::function<RqExprVector()>, const char*, const char*, const char*> rows[] = {
+      {[] { return Exprs(); }, "[]", "[]", "[]"},
+      {[] { return Exprs(Col(L"b"), Col(L"a"), Col(L"b"), Col(L"a"), Col(L"b")); }, "[b a]", "[a b]", "[b a]"},
+      {[] { return Exprs(Int(2), Col(L"a"), Int(1), Int(2), Null()); }, "[2 a 1 null]", "[a 1 2 null]", "[a]"},
+      {[] {
+         return Exprs(Row({Int(1)}), Row({Int(1), Col(L"a")}), Row({}));
+       },
+       "[[1] [1 a] []]", "[[] [1] [1 a]]", "[[1 a] []]"},
+      {[] { return Exprs(Col(L"a"), nullptr, nullptr); }, "[a -]", "[- a]", "[a -]"},
   };
-  const std::int64_t nodesBefore = MemoryDataCollector::GetRqNodeCount();
-  EXPECT_EQ(init(false, false), row.kept);
-  EXPECT_EQ(init(false, true), row.sorted);
-  EXPECT_EQ(init(true, false), row.withoutConstants);
-  EXPECT_EQ(MemoryDataCollector::GetRqNodeCount(), nodesBefore) << "what is dropped is deleted";
+  for (const auto& [make, kept, sorted, withoutConstants] : rows) {
+    const auto init = [&make = make](bool dropConstants, bool sortColumns) {
+      RqExprVector columns = make();
+      const RqExprColumnList list(columns, dropConstants, sortColumns);
+      EXPECT_THAT(columns, IsEmpty());
+      return Text(&list);
+    };
+    const std::int64_t nodesBefore = MemoryDataCollector::GetRqNodeCount();
+    EXPECT_EQ(init(false, false), kept);
+    EXPECT_EQ(init(false, true), sorted);
+    EXPECT_EQ(init(true, false), withoutConstants);
+    EXPECT_EQ(MemoryDataCollector::GetRqNodeCount(), nodesBefore) << "what is dropped is deleted";
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, ColumnListInit, testing::ValuesIn(kInitRows));
 
 TEST(ColumnList, KeepsTheFirstOfEqualColumns) {
   RqExpr* const pFirst = Col(L"a");
@@ -83,25 +48,12 @@ TEST(ColumnList, KeepsTheFirstOfEqualColumns) {
   EXPECT_EQ(list.GetIthColumn(0), pFirst);
 }
 
-TEST(ColumnList, KeepsRepeatsWhenFilledByHand) {
-  RqExprColumnList list;
-  list.SetNumColumns(2);
-  list.SetIthColumn(0, Int(1));
-  list.SetIthColumn(1, Int(1));
-  list.AddChild(Int(1));
-  EXPECT_EQ(Text(&list), "[1 1 1]");
-  list.SetNumColumns(1);
-  EXPECT_EQ(list.GetNumColumns(), 1);
-}
-
 TEST(ColumnListOrdered, KeepsOrderRepeatsAndNulls) {
   RqExprVector columns{Col(L"b"), nullptr, Int(1), Col(L"a"), Int(1)};
   RqExprColumnListOrdered list(columns);
   EXPECT_THAT(columns, IsEmpty());
   EXPECT_EQ(Text(&list), "[b - 1 a 1]");
-  EXPECT_FALSE(list.IsValueExpr());
-  EXPECT_TRUE(list.IsMultiExpr());
-
+  EXPECT_TRUE(list.IsMultiExpr() && !list.IsValueExpr());
   const std::unique_ptr<RqExpr> pMember(Col(L"a"));
   const std::unique_ptr<RqExpr> pStranger(Col(L"a", 2));
   EXPECT_TRUE(list.HasEquivalentMember(*pMember));
@@ -109,15 +61,13 @@ TEST(ColumnListOrdered, KeepsOrderRepeatsAndNulls) {
 }
 
 TEST(ColumnListOrdered, IsAlwaysNullWhenItsColumnsAre) {
-  const struct {
-    std::unique_ptr<RqExpr> pList;
-    bool bAlwaysNull;
-  } rows[] = {{std::unique_ptr<RqExpr>(Row({})), false},
-              {std::unique_ptr<RqExpr>(Row({Null(), nullptr, Null()})), true},
-              {std::unique_ptr<RqExpr>(Row({nullptr})), true},
-              {std::unique_ptr<RqExpr>(Row({Null(), Col(L"a")})), false},
-              {std::unique_ptr<RqExpr>(Row({Row({Null()}), Null()})), true}};
-  for (const auto& row : rows) EXPECT_EQ(row.pList->IsAlwaysNull(), row.bAlwaysNull) << Text(row.pList);
+  const std::pair<RqExpr*, bool> rows[] = {{Row({}), false},
+                                           {Row({Null(), nullptr, Row({Null()})}), true},
+                                           {Row({nullptr}), true},
+                                           {Row({Null(), Col(L"a")}), false}};
+  for (const auto& [pRow, bAlwaysNull] : rows) {
+    EXPECT_EQ(std::unique_ptr<RqExpr>(pRow)->IsAlwaysNull(), bAlwaysNull);
+  }
 }
 
 }  // namespace

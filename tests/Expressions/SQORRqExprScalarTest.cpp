@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "Expressions/ScalarSamples.h"
@@ -34,21 +35,13 @@ ByteVector Payload(RqNode& node) {
 // ---------------------------------------------------------------------------------------------------------------------
 // What all classes share
 
-TEST(Scalar, CopiesEqualTheirSource) {
+TEST(Scalar, ShallowCopiesHaveTheirFieldsAndNoOperands) {
   for (const ScalarSample& sample : ScalarSamples()) {
     SCOPED_TRACE(sample.m_text);
     const Owned pSource(sample.m_make());
-    for (const bool bNewIDs : {false, true}) {
-      const Owned pCopy(pSource->DeepExprCopy(bNewIDs));
-      EXPECT_EQ(pCopy->IsCopyOf(*pSource), !bNewIDs);
-      EXPECT_TRUE(kEquivalence(*pSource, *pCopy));
-      bool bTied = false;
-      EXPECT_FALSE(pSource->IsDeepLessThan(*pCopy, kShallow, bTied));
-      EXPECT_TRUE(bTied);
-      EXPECT_EQ(TextOf(*pCopy), sample.m_text);
-    }
     const Owned pShallow(pSource->ShallowCopy());
     EXPECT_EQ(Payload(*pShallow), Payload(*pSource));
+    EXPECT_FALSE(pShallow->IsCopyOf(*pSource));
     EXPECT_EQ(pShallow->GetNumOperands(), pSource->GetNumOperands());
     for (int i = 0; i < pShallow->GetNumOperands(); ++i) EXPECT_EQ(pShallow->GetIthOperand(i), nullptr);
   }
@@ -57,6 +50,8 @@ TEST(Scalar, CopiesEqualTheirSource) {
 TEST(Scalar, CopiesKeepWhatDoesNotTravelToo) {
   class Table final : public ATELMNativeTable {
     const TableIdentifier& GetTableIdentifier() const override { return m_identifier; }
+    const KXFieldDescriptor* GetFieldDescriptor(const KXString&) const override { return nullptr; }
+    const ATELMDictionary* GetDictionary(const KXString&) const override { return nullptr; }
     TableIdentifier m_identifier;
   };
   const KXTypeInfo type(KXDateData, 1, 2, 0);
@@ -75,10 +70,6 @@ TEST(Scalar, CopiesKeepWhatDoesNotTravelToo) {
   EXPECT_EQ(pEvaluate->GetStickyType(), type);
   EXPECT_EQ(pEvaluate->GetUserDefinedFuncName(), L"F");
   EXPECT_EQ(pEvaluate->GetTypingParams(), evaluate.GetTypingParams());
-
-  RqExprVector keys;
-  const RqExprLookup lookup(true, Param(1), keys);
-  EXPECT_NE(copy(lookup)->GetValueExpr(), lookup.GetValueExpr());
 
   RqExprCoalesce coalesce;
   coalesce.SetStickyType(type);
@@ -105,11 +96,8 @@ TEST(Scalar, IsConstantByItsOperandsUnlessTheClassSaysOtherwise) {
     const bool bNever =
         type == kRqExprRand || type == kRqExprEvaluate || type == kRqExprRowID || type == kRqExprExternalData;
     EXPECT_EQ(pExpr->IsConstant(), bAlways || (bOperandsConstant && !bNever));
-    if (pExpr->GetNumOperands() > 0) {
-      EXPECT_EQ(pExpr->IsNavigationConstant(), bOperandsConstant && type != kRqExprEvaluate);
-    }
-    EXPECT_EQ(pExpr->IsTargetOnlyExpr(), type == kRqExprEvaluate);
-    EXPECT_EQ(pExpr->IsMashupsPinnedExpr(), type == kRqExprGrainCheckDisplay);
+    EXPECT_TRUE(pExpr->GetNumOperands() == 0 ||
+                pExpr->IsNavigationConstant() == (bOperandsConstant && type != kRqExprEvaluate));
   }
   EXPECT_FALSE(RqExprIDOf(Col(L"a")).IsConstant());
   EXPECT_TRUE(RqExprIDOf(Col(L"a"), true).IsConstant());
@@ -120,43 +108,11 @@ TEST(Scalar, IsConstantByItsOperandsUnlessTheClassSaysOtherwise) {
 // ---------------------------------------------------------------------------------------------------------------------
 // Comparison
 
-/// Two expressions: whether they are equivalent, and whether the first one sorts first; if not, they are tied.
-struct Pair {
-  const char* m_name;
-  RqExpr* m_pFirst;
-  RqExpr* m_pSecond;
-  bool m_bEquivalent;
-  bool m_bLess;
-};
+RqExpr* Evaluate(const wchar_t* functionDef) { return MadeOf<RqExprEvaluate>(Exprs(), functionDef); }
+RqExpr* Lookup(bool bDense, RqExpr* pValue) { return MadeOf<RqExprLookup>(Exprs(), bDense, pValue); }
 
-RqExpr* Evaluate(const wchar_t* functionDef) {
-  RqExprVector none;
-  return new RqExprEvaluate(functionDef, none);
-}
-
-RqExpr* Lookup(bool bDense, RqExpr* pValue) {
-  RqExprVector none;
-  return new RqExprLookup(bDense, pValue, none);
-}
-
-RqExpr* Predict(bool bScript, const wchar_t* name, const std::function<void(RqExprPredict&)>& fill = {},
-                std::uint32_t source = 1) {
-  RqExprVector none;
-  return Filled<RqExprPredict>(
-      fill ? fill : [](RqExprPredict&) {}, VoidID(kTIDADatabase, source), KXString(name), bScript, none);
-}
-
-RqExpr* Format(const wchar_t* format) {
-  return Filled<RqExprCast>([&](RqExprCast& e) { e.SetDateTimeFormat(format); }, Param(1), KXDateData, 0, 0);
-}
-
-RqExpr* Json(const wchar_t* path, const wchar_t* table, KXDataType type) {
-  return Filled<RqExprJsonValue>(
-      [&](RqExprJsonValue& e) {
-        e.SetHDSPath(path);
-        e.SetHDSTableName(table);
-      },
-      Str(L"$"), Param(1), KXTypeInfo(type, 0, 0, 0));
+RqExprPredict* Predict(bool bScript, const wchar_t* name, std::uint32_t source = 1) {
+  return MadeOf<RqExprPredict>(Exprs(), VoidID(kTIDADatabase, source), KXString(name), bScript);
 }
 
 RqExpr* External(const RqExternalColumn& column, const RefCnt<ExternalScriptExecutionData>& script = nullptr) {
@@ -168,49 +124,57 @@ TEST(Scalar, FieldsInComparison) {
   MemoryGateway rp;
   const RefALevel levels[] = {{&rp, rp.MakeObject<MemoryLevel>(1u, L"Year", VoidID::NullID).GetID()},
                               {&rp, rp.MakeObject<MemoryLevel>(2u, L"Month", VoidID::NullID).GetID()}};
-  const auto cast = [](KXDataType type, int precision, int scale) {
-    return new RqExprCast(Param(1), type, precision, scale);
+  const auto cast = [](KXDataType type, int precision, int scale, const wchar_t* format = L"") {
+    auto* const pCast = new RqExprCast(Param(1), type, precision, scale);
+    pCast->SetDateTimeFormat(format);
+    return pCast;
   };
+  const auto json = [](const wchar_t* path, const wchar_t* table) {
+    auto* const pJson = new RqExprJsonValue(Str(L"$"), Param(1));
+    pJson->SetHDSPath(path);
+    pJson->SetHDSTableName(table);
+    return pJson;
+  };
+  const auto predict = [](const auto& change) {
+    RqExprPredict* const pPredict = Predict(false, L"a");
+    change(*pPredict);
+    return pPredict;
+  };
+  using Options = std::vector<KXStringPair>;
   const auto dictionary = [](const wchar_t* table, const wchar_t* name) {
     return new RqExprDictLookup(Int(1), nullptr, {L"u", table}, name);
   };
   const auto source = [](std::uint32_t number) {
     return Filled<RqExprDepth>([=](RqExprDepth& e) { e.SetLTSVoidID(VoidID(kTIDALogicalTable, number)); }, Int(1));
   };
-  const auto otherScript = [](auto change) {
-    const RefCnt<ExternalScriptExecutionData> script = ScriptSample();
-    change(*script);
-    return script;
-  };
+  const RefCnt<ExternalScriptExecutionData> otherBinding = ScriptSample();
+  otherBinding->m_DataBindings[1].m_SortOrder = L"x";
+  const RefCnt<ExternalScriptExecutionData> otherOption = ScriptSample();
+  otherOption->m_Options[1].second = L"x";
   using D = KXDateTime;
-  const Pair pairs[] = {
-      {"order of a sum", new RqExprAdd(Param(1), Int(1)), new RqExprAdd(Int(1), Param(1)), true, false},
-      {"order of a product", new RqExprMultiply(Param(1), Int(1)), new RqExprMultiply(Int(1), Param(1)), true, false},
+  // Whether both are equivalent, and whether the first one sorts first; if not, they are tied.
+  const std::tuple<const char*, RqExpr*, RqExpr*, bool, bool> pairs[] = {
       {"order of a difference", new RqExprSubtract(Param(1), Int(1)), new RqExprSubtract(Int(1), Param(1)), false,
        true},
-      {"order of a quotient", new RqExprDivide(Param(1), Int(1)), new RqExprDivide(Int(1), Param(1)), false, true},
       {"trim", new RqExprTrim(nullptr, Int(2), RqExprTrim::kBoth),
        new RqExprTrim(nullptr, Int(1), RqExprTrim::kLeading), false, true},
       {"calendar extract", new RqExprCalendarExtract(Int(2), D::kExtractDay),
        new RqExprCalendarExtract(Int(1), D::kExtractHour), false, true},
-      {"fiscal extract", new RqExprFiscalExtract(Int(2), nullptr, nullptr, D::kExtractDay),
-       new RqExprFiscalExtract(Int(1), nullptr, nullptr, D::kExtractHour), false, true},
       {"timestamp add", new RqExprTimestampAdd(Int(2), Int(2), D::kDay),
        new RqExprTimestampAdd(Int(1), Int(1), D::kWeek), false, true},
-      {"timestamp diff", new RqExprTimestampDiff(Int(2), Int(2), D::kDay),
-       new RqExprTimestampDiff(Int(1), Int(1), D::kWeek), false, true},
       {"cast type", cast(KXCharData, 2, 2), cast(KXDateData, 1, 1), false, true},
       {"cast precision", cast(KXDateData, 1, 2), cast(KXDateData, 2, 1), false, true},
       {"cast scale", cast(KXDateData, 1, 1), cast(KXDateData, 1, 2), true, true},
-      {"cast format", Format(L"a"), Format(L"b"), false, true},
+      {"cast format", cast(KXDateData, 1, 1, L"a"), cast(KXDateData, 1, 1, L"b"), false, true},
       {"column number", new RqExprExtract(-1), new RqExprExtract(1), false, true},
       {"definition in another case", Evaluate(L"F(%1)"), Evaluate(L"f(%1)"), true, false},
       {"definition", Evaluate(L"a"), Evaluate(L"B"), false, true},
       {"bin type", new RqExprBinPlaceHolder(KXTypeInfo(KXCharData, 1, 0, 0)),
        new RqExprBinPlaceHolder(KXTypeInfo(KXCharData, 2, 0, 0)), false, true},
-      {"JSON type", Json(L"b", L"b", KXCharData), Json(L"a", L"a", KXDateData), false, true},
-      {"JSON path", Json(L"a", L"b", KXCharData), Json(L"b", L"a", KXCharData), false, true},
-      {"JSON table", Json(L"a", L"a", KXCharData), Json(L"a", L"b", KXCharData), false, true},
+      {"JSON type", new RqExprJsonValue(Str(L"b"), Param(1), KXTypeInfo(KXCharData, 0, 0, 0)),
+       new RqExprJsonValue(Str(L"a"), Param(1), KXTypeInfo(KXDateData, 0, 0, 0)), false, true},
+      {"JSON path", json(L"a", L"b"), json(L"b", L"a"), false, true},
+      {"JSON table", json(L"a", L"a"), json(L"a", L"b"), false, true},
       {"time level", new RqExprTimeDimSeqNum(Int(2), levels[0]), new RqExprTimeDimSeqNum(Int(2), levels[1]), true,
        true},
       {"solve order", new RqExprCalculatedMember(Int(1), Int(2), Int(3), 1),
@@ -221,54 +185,25 @@ TEST(Scalar, FieldsInComparison) {
       {"lookup's form", Lookup(false, nullptr), Lookup(true, nullptr), false, false},
       {"lookup's value", Lookup(true, Int(1)), Lookup(true, Int(2)), false, false},
       {"lookup's value missing", Lookup(true, nullptr), Lookup(true, Int(2)), false, false},
-      {"flags of a coalesce", new RqExprCoalesce, Filled<RqExprCoalesce>([](RqExprCoalesce& e) {
-         e.SetAddedInHDSRewrite(true);
-         e.SetCreatedForJoin(true);
-         e.SetStickyType(KXTypeInfo(KXDateData, 0, 0, 0));
-       }),
-       true, false},
       {"flag of a case", new RqExprIfCase, Filled<RqExprIfCase>([](RqExprIfCase& e) { e.SetAddedInHDSRewrite(true); }),
        true, false},
-      {"data source", Predict(true, L"b", {}, 1), Predict(false, L"a", {}, 2), false, true},
+      {"data source", Predict(true, L"b", 1), Predict(false, L"a", 2), false, true},
       {"script", Predict(true, L"a"), Predict(true, L"b"), false, true},
       {"model", Predict(false, L"a"), Predict(false, L"b"), false, true},
-      {"column type", Predict(false, L"", [](auto& e) { e.SetColumnType(L"a"); }),
-       Predict(false, L"", [](auto& e) { e.SetColumnType(L"b"); }), false, true},
-      {"bindings",
-       Predict(false, L"",
-               [](auto& e) {
-                 e.SetDataBindings({{L"a", L"b"}});
-               }),
-       Predict(false, L"",
-               [](auto& e) {
-                 e.SetDataBindings({{L"a", L"c"}});
-               }),
-       false, true},
-      {"options",
-       Predict(false, L"",
-               [](auto& e) {
-                 e.SetOptions({{L"a", L"b"}});
-               }),
-       Predict(false, L"",
-               [](auto& e) {
-                 e.SetOptions({{L"a", L"b"}, {L"a", L"b"}});
-               }),
-       false, true},
       {"script or model", Predict(false, L""), Predict(true, L""), false, true},
+      {"column type", Predict(false, L"a"), predict([](auto& e) { e.SetColumnType(L"b"); }), false, true},
+      {"bindings", Predict(false, L"a"), predict([](auto& e) { e.SetDataBindings(Options(1)); }), false, true},
+      {"options", Predict(false, L"a"), predict([](auto& e) { e.SetOptions(Options(1)); }), false, true},
       {"script missing", External({}), External({}, ScriptSample()), false, true},
-      {"equal scripts", External({}, ScriptSample()), External({}, ScriptSample()), true, false},
-      {"script's binding", External({}, ScriptSample()),
-       External({}, otherScript([](auto& script) { script.m_DataBindings[1].m_SortOrder = L"x"; })), false, true},
-      {"script's option", External({}, ScriptSample()),
-       External({}, otherScript([](auto& script) { script.m_Options[1].second = L"x"; })), false, true},
+      {"script's binding", External({}, ScriptSample()), External({}, otherBinding), false, true},
+      {"script's option", External({}, ScriptSample()), External({}, otherOption), false, true},
   };
-  for (const Pair& pair : pairs) {
-    SCOPED_TRACE(pair.m_name);
-    const Owned pFirst(pair.m_pFirst);
-    const Owned pSecond(pair.m_pSecond);
-    EXPECT_EQ(kEquivalence(*pFirst, *pSecond), pair.m_bEquivalent);
-    EXPECT_EQ(kEquivalence(*pSecond, *pFirst), pair.m_bEquivalent);
-    EXPECT_EQ(pFirst->IsLessThan(*pSecond, kShallow), pair.m_bLess);
+  for (const auto& [name, pFirstExpr, pSecondExpr, bEquivalent, bLess] : pairs) {
+    SCOPED_TRACE(name);
+    const Owned pFirst(pFirstExpr), pSecond(pSecondExpr);
+    EXPECT_EQ(kEquivalence(*pFirst, *pSecond), bEquivalent);
+    EXPECT_EQ(kEquivalence(*pSecond, *pFirst), bEquivalent);
+    EXPECT_EQ(pFirst->IsLessThan(*pSecond, kShallow), bLess);
     EXPECT_FALSE(pSecond->IsLessThan(*pFirst, kShallow));
   }
 }
@@ -276,27 +211,21 @@ TEST(Scalar, FieldsInComparison) {
 /// Each change makes a column of external data greater, and takes no notice of what the later ones do.
 TEST(Scalar, FieldsOfExternalDataInTheirOrder) {
   using Column = RqExternalColumn;
-  const std::function<void(Column&)> changes[] = {
+  std::vector<std::function<void(Column&)>> changes = {
       [](Column& c) { c.m_ExternalDataForm = Column::kUnknownData; },
       [](Column& c) { c.m_ObjectReference = ExternalObjectReference({L"a"}, L"z"); },
       [](Column& c) { c.m_CacheSharedKey = L"a"; },
       [](Column& c) { c.m_ColumnName = L"a"; },
       [](Column& c) { c.m_ColumnTypeInfo.precision_ = 1; },
       [](Column& c) { c.m_AggrRule = L"a"; },
-      [](Column& c) { c.m_bIsVirtual = true; },
-      [](Column& c) { c.m_bIsForceVirtual = true; },
-      [](Column& c) { c.m_bIsOptionalVirtual = true; },
-      [](Column& c) { c.m_bIsSortKeyColumn = true; },
-      [](Column& c) { c.m_bIsDescriptorIDColumn = true; },
-      [](Column& c) { c.m_bScalarWithNoPath = true; },
-      [](Column& c) { c.m_bNeedsGrainCheck = true; },
-      [](Column& c) { c.m_bIsPrimaryKeyColumn = true; },
-      [](Column& c) { c.m_bIsLookupJoinColumn = true; },
-      [](Column& c) { c.m_bIsPresentWithIncomingQuery = true; },
-      [](Column& c) {
-        c.m_ExternalJoiningIndexVector = {{1, kExternalInnerJoin}};
-      },
   };
+  for (bool Column::*pFlag :
+       {&Column::m_bIsVirtual, &Column::m_bIsForceVirtual, &Column::m_bIsOptionalVirtual, &Column::m_bIsSortKeyColumn,
+        &Column::m_bIsDescriptorIDColumn, &Column::m_bScalarWithNoPath, &Column::m_bNeedsGrainCheck,
+        &Column::m_bIsPrimaryKeyColumn, &Column::m_bIsLookupJoinColumn, &Column::m_bIsPresentWithIncomingQuery}) {
+    changes.push_back([pFlag](Column& c) { c.*pFlag = true; });
+  }
+  changes.push_back([](Column& c) { c.m_ExternalJoiningIndexVector.resize(1); });
   Column least;
   least.m_ExternalDataForm = Column::kCSVData;
   for (std::size_t i = 0; i < std::size(changes); ++i) {
@@ -311,18 +240,11 @@ TEST(Scalar, FieldsOfExternalDataInTheirOrder) {
     EXPECT_TRUE(pSmaller->IsLessThan(*pGreater, kShallow));
     EXPECT_FALSE(pGreater->IsLessThan(*pSmaller, kShallow));
   }
-  RqExprExternalData joined(nullptr, nullptr, nullptr, nullptr, nullptr, least);
-  joined.AddExternalJoiningIndex({1, kExternalUnion});
-  EXPECT_FALSE(kEquivalence(joined, *Owned(External(least))));
-  joined.RemoveExternalJoiningIndexVector();
-  EXPECT_TRUE(kEquivalence(joined, *Owned(External(least))));
 }
 
 TEST(Scalar, CommutativeOperandsStandInOrder) {
   EXPECT_EQ(TextOf(RqExprAdd(Int(2), Int(1))), "1 + 2");
   EXPECT_EQ(TextOf(RqExprMultiply(Int(2), Int(1))), "1 * 2");
-  EXPECT_EQ(TextOf(RqExprSubtract(Int(2), Int(1))), "2 - 1");
-  EXPECT_EQ(TextOf(RqExprDivide(Int(2), Int(1))), "2 / 1");
   EXPECT_EQ(TextOf(RqExprConcat(Int(2), Int(1))), "2 || 1");
   RqExpr* const pFirst = Int(1);
   RqExprAdd equal(pFirst, Int(1));
@@ -346,26 +268,19 @@ TEST(Case, PairsStandBehindTheDefault) {
   RqExprLookupCase lookupCase(Param(1), nullptr, entries);
   EXPECT_TRUE(entries.empty());
   EXPECT_EQ(lookupCase.GetNumLookupEntries(), 2);
-  EXPECT_EQ(TextOf(*lookupCase.GetKeyValue()), "?1");
   EXPECT_EQ(lookupCase.GetDefaultReturnValue(), nullptr);
   EXPECT_EQ(TextOf(*lookupCase.GetIthEntryKey(1)), "2");
   lookupCase.SetIthEntryValue(1, Str(L"c"));
   EXPECT_EQ(TextOf(*lookupCase.GetIthEntryValue(1)), "'c'");
   EXPECT_EQ(TextOf(lookupCase), "case ?1 when 1 then 'a' when 2 then 'c' end ");
 
-  RqExprPairVector pairs;
-  RqExprIfCase ifCase(Int(9), pairs);
-  EXPECT_EQ(ifCase.GetNumOperands(), 1);
+  RqExprIfCase ifCase;
   EXPECT_EQ(ifCase.GetNumWhenThenPairs(), 0);
   ifCase.AddNewWhenThenPair(OwnedRqExprPtr(Less(1, 2)), OwnedRqExprPtr(Int(3)));
   EXPECT_EQ(ifCase.GetNumWhenThenPairs(), 1);
   EXPECT_EQ(TextOf(*ifCase.GetIthEntryCond(0)), "1 < 2");
   EXPECT_EQ(TextOf(*ifCase.GetIthEntryValue(0)), "3");
-  EXPECT_EQ(TextOf(*ifCase.GetDefaultReturnValue()), "9");
-  RqExprIfCase empty;
-  EXPECT_EQ(empty.GetNumWhenThenPairs(), 0);
-  empty.AddNewWhenThenPair(OwnedRqExprPtr(Less(1, 2)), OwnedRqExprPtr(Int(3)));
-  EXPECT_EQ(TextOf(empty), "case  when 1 < 2 then 3 end ");
+  EXPECT_EQ(TextOf(ifCase), "case  when 1 < 2 then 3 end ");
 }
 
 TEST(ScalarDeathTest, OperandsThatMustNotBeMissing) {
@@ -379,8 +294,6 @@ TEST(ScalarDeathTest, OperandsThatMustNotBeMissing) {
   };
   const std::pair<std::function<void()>, const char*> cases[] = {
       {[] { RqExprAdd(nullptr, Int(1)); }, "pLeft"},
-      {[] { RqExprMultiply(Int(1), nullptr); }, "pRight"},
-      {[] { RqExprSubtract(nullptr, Int(1)); }, "pLeft"},
       {[] { RqExprDivide(Int(1), nullptr); }, "pRight"},
       {[] { RqExprUpper(nullptr); }, "pOperand"},
       {[] { RqExprPow(Int(1), nullptr); }, "pOperand"},
@@ -414,68 +327,51 @@ ByteVector Bytes(const Values&... values) {
   return bytes;
 }
 
+ByteVector operator+(ByteVector bytes, const ByteVector& more) {
+  bytes.insert(bytes.end(), more.begin(), more.end());
+  return bytes;
+}
+
 TEST(Scalar, PayloadInItsOrder) {
   const auto u = [](std::uint32_t value) { return value; };
   const auto i = [](std::int32_t value) { return value; };
   const auto s = [](const wchar_t* text) { return KXString(text); };
-  const std::pair<const char*, ByteVector> cases[] = {
-      {"1 + 2", {}},
-      {"trim(trailing  from ?1)", Bytes(u(2))},
-      {"extract(name_of_month from ?1)", Bytes(u(14))},
-      {"TimestampAdd(SQL_TSI_QUARTER, 3, ?1)", Bytes(u(7))},
-      {"cast(?1 as  TIMESTAMP ( 3 ) 'yyyy') ", Bytes(u(KXTimeStampData), i(3), i(5), s(L"yyyy"))},
-      {"coalesce( 1 , 2 , 3)", Bytes(true, true)},
-      {"case  when 1 < 2 then 3 when 4 < 5 then 6 else 7 end ", Bytes(true)},
-      {"RqExprExtract [Column 7]", Bytes(i(7))},
-      {"CalculatedMember(1, 2, 3, 4)", Bytes(i(4))},
-      {"Depth(1, 3001:7)", Bytes(VoidID(kTIDALogicalTable, 7u))},
-      {"Dict_lookup(1, usr.tab (Dictionary for COL))", Bytes(s(L"usr"), s(L"tab"), s(L"COL"))},
-      {"JSON_VALUE('$.a', ?1, '/p', 'T')", {}},
-      {"EvaluateScript(3023:9, scriptname=s.py, DOUBLE, [age=T1.AGE, sex=T1.SEX], [k=5], ?1, ?2)",
-       Bytes(VoidID(kTIDADatabase, 9u), s(L"s.py"), s(L"m"), s(L"DOUBLE"), true, i(2), s(L"age"), s(L"T1.AGE"),
-             s(L"sex"), s(L"T1.SEX"), i(1), s(L"k"), s(L"5"))},
-  };
-  const std::vector<ScalarSample> samples = ScalarSamples();
   const ByteVector base = Payload(*Owned(new RqExprPi));
-  for (const auto& [text, fields] : cases) {
-    SCOPED_TRACE(text);
-    const auto found = std::find_if(samples.begin(), samples.end(),
-                                    [&](const ScalarSample& sample) { return sample.m_text == std::string(text); });
-    ASSERT_NE(found, samples.end());
-    ByteVector expected = base;
-    expected.insert(expected.end(), fields.begin(), fields.end());
-    EXPECT_EQ(Payload(*Owned(found->m_make())), expected);
-  }
-
-  ByteVector evaluate = Bytes(s(L"f"));
-  evaluate.insert(evaluate.end(), base.begin(), base.end());
-  EXPECT_EQ(Payload(*Owned(Evaluate(L"f"))), evaluate) << "the definition comes first";
+  EXPECT_EQ(Payload(*Owned(Evaluate(L"f"))), Bytes(s(L"f")) + base) << "the definition comes first";
+  const auto cast = [](RqExprCast& e) { e.SetDateTimeFormat(L"yyyy"); };
+  EXPECT_EQ(Payload(*Owned(Filled<RqExprCast>(cast, Param(1), KXTimeStampData, 3, 5))),
+            base + Bytes(u(KXTimeStampData), i(3), i(5), s(L"yyyy")));
+  const std::unique_ptr<RqExprPredict> script(Predict(true, L"s.py", 9));
+  script->SetColumnType(L"DOUBLE");
+  script->SetDataBindings({{L"age", L"T1.AGE"}});
+  EXPECT_EQ(Payload(*script), base + Bytes(VoidID(kTIDADatabase, 9u), s(L"s.py"), s(L""), s(L"DOUBLE"), true, i(1),
+                                           s(L"age"), s(L"T1.AGE"), i(0)));
 
   RqExternalColumn column = ExternalColumnSample();
   column.m_bIsOptionalVirtual = column.m_bIsDescriptorIDColumn = column.m_bNeedsGrainCheck = false;
   column.m_bIsLookupJoinColumn = false;
   column.m_ExternalJoiningIndexVector.resize(1);
-  ByteVector external = base;
-  for (const ByteVector& part : {Bytes(u(0), column.m_ObjectReference, s(L"key"), s(L"AMOUNT"), true, s(L"sum")),
-                                 Bytes(true, true, false, true, false, true, false), Bytes(false, true),
-                                 Bytes(i(1), column.m_ExternalJoiningIndexVector[0])}) {
-    external.insert(external.end(), part.begin(), part.end());
-  }
-  EXPECT_EQ(Payload(*Owned(External(column, ScriptSample()))), external);
+  EXPECT_EQ(Payload(*Owned(External(column, ScriptSample()))),
+            base + Bytes(u(0), column.m_ObjectReference, s(L"key"), s(L"AMOUNT"), true, s(L"sum"), true, true, false,
+                         true, false, true, false, false, true, i(1), column.m_ExternalJoiningIndexVector[0]));
 }
 
-TEST(Lookup, ValueTravelsInsideThePayload) {
-  const Owned pSource(Lookup(true, new RqExprAdd(Int(1), Int(2))));
-  const ByteVector bytes = Payload(*pSource);
-  RqExprLookup read;
+TEST(ExternalScript, ReadsBackInPlaceOfWhatItHeld) {
+  ByteVector bytes;
+  ScriptSample()->ToByteVector(bytes);
+  ExternalScriptExecutionData read;
+  read.m_Options.resize(3);
+  read.m_DataBindings.resize(3);
   EXPECT_EQ(read.FromByteVector(bytes.data()), bytes.data() + bytes.size());
-  EXPECT_TRUE(kEquivalence(*pSource, read));
+  EXPECT_EQ(read, *ScriptSample());
+}
 
+TEST(Lookup, ValueInThePayloadIsAnExpression) {
   ByteVector damaged = Payload(*Owned(new RqExprPi));
   DataBlobUtil::ToByteVector(damaged, true);
   RqEntity entity;
   RqTreeVector::ToByteVector(&entity, damaged);
-  EXPECT_THROW(read.FromByteVector(damaged.data()), ErrorMessage);
+  EXPECT_THROW(RqExprLookup().FromByteVector(damaged.data()), ErrorMessage);
 }
 
 TEST(Cast, TypesThatNothingIsCastToAreRefusedFromForeignBytes) {
@@ -487,7 +383,6 @@ TEST(Cast, TypesThatNothingIsCastToAreRefusedFromForeignBytes) {
     RqExprCast read;
     if (RqExprCast::IsCastType(static_cast<KXDataType>(type))) {
       EXPECT_EQ(read.FromByteVector(bytes.data()), bytes.data() + bytes.size());
-      EXPECT_NE(TextOf(cast), "");
     } else {
       EXPECT_THROW(read.FromByteVector(bytes.data()), ErrorMessage);
       EXPECT_DEATH(TextOf(cast), "SQORRqDumpoutScalar");

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <string>
+#include <tuple>
 
 #include "Host/ErrorMessage.h"
 #include "Host/MetadataUtil.h"
@@ -19,74 +20,53 @@ using testing::ElementsAre;
 
 const wchar_t* const kDualStream = L"TELM_SYS_SESSION_VAR_DUALSTREAM";
 
-struct ValueRow {
-  const char* name;
-  std::function<void(MemoryGateway&)> setUp;
-  const char* value;  // null: there is none
-  const wchar_t* variable = L"USER";
-};
+using Session = MemoryGateway;
 
-void PrintTo(const ValueRow& row, std::ostream* pOut) { *pOut << row.name; }
-
-const ValueRow kValueRows[] = {
-    {"none", [](MemoryGateway&) {}, nullptr},
-    {"a value", [](MemoryGateway& rp) { rp.SetSessionVariable(L"B", L"USER", L"x"); }, "x"},
-    {"a null value", [](MemoryGateway& rp) { rp.SetSessionVariable(L"B", L"USER", nullptr); }, nullptr},
-    {"a variable of another block", [](MemoryGateway& rp) { rp.SetSessionVariable(L"C", L"USER", L"x"); }, nullptr},
-    {"the request goes before the session",
-     [](MemoryGateway& rp) {
-       rp.SetSessionVariable(L"B", L"USER", L"x");
-       rp.SetRequestProperty(KXStringPair(L"B", L"USER"), L"y");
-     },
-     "y"},
-    {"a dual stream session", [](MemoryGateway& rp) { rp.SetSessionProperty(kDualStream, true); },
-     "PLACEHOLDER_OF_SESSIONVAR"},
-    {"a value in a dual stream session",
-     [](MemoryGateway& rp) {
-       rp.SetSessionProperty(kDualStream, true);
-       rp.SetSessionVariable(L"B", L"USER", L"x");
-     },
-     "x"},
-    {"a session that says it is none", [](MemoryGateway& rp) { rp.SetSessionProperty(kDualStream, false); }, nullptr},
-    {"a dual stream session, offline",
-     [](MemoryGateway& rp) { rp.SetSessionProperty(kDualStream, true).SetOfflineMode(true); }, nullptr},
-    {"a dual stream request", [](MemoryGateway& rp) { rp.SetRequestProperty(kDualStream, true); }, nullptr},
-    {"a dual stream request of the variable left in place",
-     [](MemoryGateway& rp) { rp.SetRequestProperty(kDualStream, true); }, "valueof(B.VORT_RPDBASE64)",
-     L"VORT_RPDBASE64"},
-    {"the variable left in place, in another letter case",
-     [](MemoryGateway& rp) { rp.SetRequestProperty(kDualStream, true); }, "valueof(B.VORT_RPDBASE64)",
-     L"vort_RpdBase64"},
-    {"the variable left in place, offline",
-     [](MemoryGateway& rp) { rp.SetRequestProperty(kDualStream, true).SetOfflineMode(true); }, nullptr,
-     L"VORT_RPDBASE64"},
-    {"the variable left in place, without the request property", [](MemoryGateway&) {}, nullptr, L"VORT_RPDBASE64"},
-    {"the session goes before the request",
-     [](MemoryGateway& rp) { rp.SetRequestProperty(kDualStream, true).SetSessionProperty(kDualStream, true); },
-     "PLACEHOLDER_OF_SESSIONVAR", L"VORT_RPDBASE64"},
-};
-
-class SessionVarValue : public testing::TestWithParam<ValueRow> {};
-
-TEST_P(SessionVarValue, IsTheFirstThatApplies) {
-  const ValueRow& row = GetParam();
-  MemoryGateway rp;
-  row.setUp(rp);
-  const RqExprSessionVar variable(KXStringPair(L"B", row.variable));
-  if (row.value) {
-    EXPECT_EQ(variable.GetValue(&rp)->StringFrom().ToUTF8(), row.value);
-    return;
-  }
-  try {
-    variable.GetValue(&rp);
-    ADD_FAILURE() << "there is a value";
-  } catch (const ErrorMessage& message) {
-    EXPECT_EQ(message.GetCode(), 23006u);
-    EXPECT_THAT(message.GetArgs(), ElementsAre(KXString(L"B"), KXString(row.variable)));
+TEST(SessionVar, HasTheFirstValueThatApplies) {
+  const KXStringPair user(L"B", L"USER");
+  const wchar_t* const kLeft = L"VORT_RPDBASE64";
+  // A session, a variable, and its value if there is one.
+  const std::tuple<const char*, std::function<void(Session&)>, const wchar_t*, const char*> rows[] = {
+      {"a value", [](Session& rp) { rp.SetSessionVariable(L"B", L"USER", L"x"); }, L"USER", "x"},
+      {"a null value", [](Session& rp) { rp.SetSessionVariable(L"B", L"USER", nullptr); }, L"USER", nullptr},
+      {"of another block", [](Session& rp) { rp.SetSessionVariable(L"C", L"USER", L"x"); }, L"USER", nullptr},
+      {"a request before its session",
+       [&](Session& rp) { rp.SetSessionVariable(L"B", L"USER", L"x").SetRequestProperty(user, L"y"); }, L"USER", "y"},
+      {"a dual stream session", [](Session& rp) { rp.SetSessionProperty(kDualStream, true); }, L"USER",
+       "PLACEHOLDER_OF_SESSIONVAR"},
+      {"a value in a dual stream session",
+       [](Session& rp) { rp.SetSessionProperty(kDualStream, true).SetSessionVariable(L"B", L"USER", L"x"); }, L"USER",
+       "x"},
+      {"a session that says it is none", [](Session& rp) { rp.SetSessionProperty(kDualStream, false); }, L"USER",
+       nullptr},
+      {"a dual stream session, offline",
+       [](Session& rp) { rp.SetSessionProperty(kDualStream, true).SetOfflineMode(true); }, L"USER", nullptr},
+      {"a dual stream request", [](Session& rp) { rp.SetRequestProperty(kDualStream, true); }, L"USER", nullptr},
+      {"of the variable left in place, in another letter case",
+       [](Session& rp) { rp.SetRequestProperty(kDualStream, true); }, L"vort_RpdBase64", "valueof(B.VORT_RPDBASE64)"},
+      {"left in place, offline", [](Session& rp) { rp.SetRequestProperty(kDualStream, true).SetOfflineMode(true); },
+       kLeft, nullptr},
+      {"left in place, without the request property", [](Session&) {}, kLeft, nullptr},
+      {"a dual stream session before its request",
+       [](Session& rp) { rp.SetRequestProperty(kDualStream, true).SetSessionProperty(kDualStream, true); }, kLeft,
+       "PLACEHOLDER_OF_SESSIONVAR"},
+  };
+  for (const auto& [name, setUp, variableName, value] : rows) {
+    SCOPED_TRACE(name);
+    MemoryGateway rp;
+    setUp(rp);
+    const RqExprSessionVar variable(KXStringPair(L"B", variableName));
+    try {
+      const auto pValue = variable.GetValue(&rp);
+      ASSERT_TRUE(value);
+      EXPECT_EQ(pValue->StringFrom().ToUTF8(), value);
+    } catch (const ErrorMessage& message) {
+      EXPECT_FALSE(value);
+      EXPECT_EQ(message.GetCode(), 23006u);
+      EXPECT_THAT(message.GetArgs(), ElementsAre(KXString(L"B"), KXString(variableName)));
+    }
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, SessionVarValue, testing::ValuesIn(kValueRows));
 
 TEST(SessionVar, NotesAnErrorOfALiveSecureSessionAlone) {
   const RqExprSessionVar variable(KXStringPair(L"B", L"USER"));
@@ -106,10 +86,9 @@ TEST(SessionVar, NotesAnErrorOfALiveSecureSessionAlone) {
 
 TEST(SessionVar, IsNonZeroByItsValue) {
   MemoryGateway rp;
-  rp.SetSessionVariable(L"B", L"ZERO", 0).SetSessionVariable(L"B", L"ONE", 1).SetSessionVariable(L"B", L"EMPTY", L"");
+  rp.SetSessionVariable(L"B", L"ZERO", 0).SetSessionVariable(L"B", L"ONE", 1);
   EXPECT_FALSE(RqExprSessionVar(KXStringPair(L"B", L"ZERO")).IsNonZeroValue(&rp));
   EXPECT_TRUE(RqExprSessionVar(KXStringPair(L"B", L"ONE")).IsNonZeroValue(&rp));
-  EXPECT_FALSE(RqExprSessionVar(KXStringPair(L"B", L"EMPTY")).IsNonZeroValue(&rp));
   EXPECT_THROW(RqExprSessionVar(KXStringPair(L"B", L"NONE")).IsNonZeroValue(&rp), ErrorMessage);
 }
 

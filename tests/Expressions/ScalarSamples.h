@@ -1,7 +1,8 @@
 #pragma once
 
 #include <functional>
-#include <type_traits>
+#include <sstream>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -18,7 +19,7 @@
 
 /// A tree of scalar functions, by its text.
 struct ScalarSample {
-  const char* m_text;
+  std::string m_text;
   std::function<RqExpr*()> m_make;  ///< a new tree, the caller's
   bool m_bTravels = true;           ///< whether what is read back from its bytes equals it
 };
@@ -63,68 +64,41 @@ Expr* Filled(Fill fill, Args&&... args) {
   return pExpr;
 }
 
+/// One that is made of the arguments and, behind them, the expressions.
+template <class Expr, class... Args>
+Expr* MadeOf(RqExprVector exprs, Args&&... args) {
+  return new Expr(std::forward<Args>(args)..., exprs);
+}
+
+/// Adds a sample of each class, of integers: its text is one of the names with what is to follow it.
+template <class... Classes, class... Ints>
+void AddSamples(std::vector<ScalarSample>& samples, const char* suffix, const char* names, Ints... operands) {
+  std::istringstream words(names);
+  std::string name;
+  (samples.push_back({(words >> name, name + suffix), [=] { return new Classes(Int(operands)...); }}), ...);
+}
+
 /// Each class, and for one with fields a sample in which each of them has a value.
 inline std::vector<ScalarSample> ScalarSamples() {
   static constexpr auto Param = [](int number) -> RqExpr* { return new RqExprParam(number); };
-  constexpr auto unary = []<class Expr>(std::type_identity<Expr>) { return [] { return new Expr(Int(1)); }; };
-  constexpr auto binary = []<class Expr>(std::type_identity<Expr>) { return [] { return new Expr(Int(1), Int(2)); }; };
-#define UNARY(Class, text) \
-  { text, unary(std::type_identity<Class>()) }
-#define BINARY(Class, text) \
-  { text, binary(std::type_identity<Class>()) }
-  return {
+  std::vector<ScalarSample> samples = {
+      {"-1", [] { return new RqExprUnaryMinus(Int(1)); }},
+      {"1 + 2", [] { return new RqExprAdd(Int(1), Int(2)); }},
+      {"1 - 2", [] { return new RqExprSubtract(Int(1), Int(2)); }},
+      {"1 * 2", [] { return new RqExprMultiply(Int(1), Int(2)); }},
+      {"1 / 2", [] { return new RqExprDivide(Int(1), Int(2)); }},
+      {"1 || 2", [] { return new RqExprConcat(Int(1), Int(2)); }},
+      {"position(1 in 2)", [] { return new RqExprPosition(Int(1), Int(2)); }},
+      {"NLSSort(1, 2)", [] { return new RqExprNLSSort(Int(1), Int(2)); }},
+      {"nullif( 1 , 2)", [] { return new RqExprNullIf(Int(1), Int(2)); }},
+      {"JSON_VALUE(1, 2)", [] { return new RqExprJsonValue(Int(1), Int(2)); }},
       // Arithmetic
-      BINARY(RqExprAdd, "1 + 2"),
-      BINARY(RqExprSubtract, "1 - 2"),
-      BINARY(RqExprMultiply, "1 * 2"),
-      BINARY(RqExprDivide, "1 / 2"),
-      UNARY(RqExprUnaryMinus, "-1"),
       {"-(1 + 2)", [] { return new RqExprUnaryMinus(new RqExprAdd(Int(1), Int(2))); }},
       {"-exp(1)", [] { return new RqExprUnaryMinus(new RqExprExp(Int(1))); }},
-      UNARY(RqExprExp, "exp(1)"),
-      UNARY(RqExprSquare, "square(1)"),
-      UNARY(RqExprSqrt, "sqrt(1)"),
-      UNARY(RqExprCeil, "ceiling(1)"),
-      UNARY(RqExprFloor, "floor(1)"),
-      UNARY(RqExprSign, "sign(1)"),
-      UNARY(RqExprAbs, "abs(1)"),
-      UNARY(RqExprLog, "log(1)"),
-      UNARY(RqExprLog10, "log10(1)"),
-      UNARY(RqExprDegrees, "degrees(1)"),
-      UNARY(RqExprRadians, "radians(1)"),
-      UNARY(RqExprSin, "sin(1)"),
-      UNARY(RqExprCos, "cos(1)"),
-      UNARY(RqExprTan, "tan(1)"),
-      UNARY(RqExprCot, "cot(1)"),
-      UNARY(RqExprAsin, "asin(1)"),
-      UNARY(RqExprAcos, "acos(1)"),
-      UNARY(RqExprAtan, "atan(1)"),
-      UNARY(RqExprSinh, "sinh(1)"),
-      UNARY(RqExprCosh, "cosh(1)"),
-      UNARY(RqExprTanh, "tanh(1)"),
-      UNARY(RqExprRand, "rand(1)"),
       {"rand()", [] { return new RqExprRand(nullptr); }},
       {"pi()", [] { return new RqExprPi; }},
-      BINARY(RqExprPow, "power(1 , 2)"),
-      BINARY(RqExprRound, "round(1 , 2)"),
       {"round(1)", [] { return new RqExprRound(Int(1), nullptr); }},
-      BINARY(RqExprTruncate, "truncate(1 , 2)"),
-      BINARY(RqExprMod, "mod(1 , 2)"),
-      BINARY(RqExprModf, "modf(1 , 2)"),
-      BINARY(RqExprAtan2, "atan2(1 , 2)"),
-      BINARY(RqExprExtractBit, "ExtractBit(1 , 2)"),
       // Text
-      BINARY(RqExprConcat, "1 || 2"),
-      UNARY(RqExprCharLength, "char_length(1)"),
-      UNARY(RqExprOctetLength, "octet_length(1)"),
-      UNARY(RqExprBitLength, "bit_length(1)"),
-      UNARY(RqExprLength, "length(1)"),
-      UNARY(RqExprUpper, "upper(1)"),
-      UNARY(RqExprLower, "lower(1)"),
-      UNARY(RqExprAscii, "ascii(1)"),
-      UNARY(RqExprChar, "char(1)"),
-      UNARY(RqExprSpace, "space(1)"),
-      BINARY(RqExprPosition, "position(1 in 2)"),
       {"locate(1, 2)", [] { return new RqExprLocate(Int(1), Int(2), nullptr); }},
       {"locate(1, 2, 3)", [] { return new RqExprLocate(Int(1), Int(2), Int(3)); }},
       {"substring(?1 from 2)", [] { return new RqExprSubstring(Param(1), Int(2), nullptr, nullptr, nullptr); }},
@@ -136,16 +110,10 @@ inline std::vector<ScalarSample> ScalarSamples() {
       {"trim(trailing  from ?1)", [] { return new RqExprTrim(nullptr, Param(1), RqExprTrim::kTrailing); }},
       {"replace(1 , 2 , 3)", [] { return new RqExprReplace(Int(1), Int(2), Int(3)); }},
       {"insert(1 , 2 , 3 , 4)", [] { return new RqExprInsert(Int(1), Int(2), Int(3), Int(4)); }},
-      BINARY(RqExprLeft, "left(1 , 2)"),
-      BINARY(RqExprRight, "right(1 , 2)"),
-      BINARY(RqExprRepeat, "repeat(1 , 2)"),
-      BINARY(RqExprNLSSort, "NLSSort(1, 2)"),
       {"NLSSort(1)", [] { return new RqExprNLSSort(Int(1), nullptr); }},
       // Dates and times
       {"extract(name_of_month from ?1)",
        [] { return new RqExprCalendarExtract(Param(1), KXDateTime::kExtractNameOfMonth); }},
-      {"extract(quarter_of_year from ?1)",
-       [] { return new RqExprCalendarExtract(Param(1), KXDateTime::kExtractQuarterOfYear); }},
       {"fiscal_extract(week_of_quarter from ?1 fiscal_year_start 4, 6)",
        [] { return new RqExprFiscalExtract(Param(1), Int(4), Int(6), KXDateTime::kExtractWeekOfQuarter); }},
       {"fiscal_extract(year from ?1 fiscal_year_start 4)",
@@ -156,15 +124,12 @@ inline std::vector<ScalarSample> ScalarSamples() {
        [] { return new RqExprTimestampAdd(Int(3), Param(1), KXDateTime::kQuarter); }},
       {"TimestampDiff(SQL_TSI_FRAC_SECOND, ?1, ?2)",
        [] { return new RqExprTimestampDiff(Param(1), Param(2), KXDateTime::kMillisecond); }},
-      {"TimestampDiff(SQL_TSI_YEAR, ?1, ?2)",
-       [] { return new RqExprTimestampDiff(Param(1), Param(2), KXDateTime::kYear); }},
       // Choices and casts
       {"case ?1 when 1 then 'a' when 2 then 'b' else 'c' end ",
        [] {
          RqExprPairVector entries{{Int(1), Str(L"a")}, {Int(2), Str(L"b")}};
          return new RqExprLookupCase(Param(1), Str(L"c"), entries);
        }},
-      {"case ?1 end ", [] { return new RqExprLookupCase(Param(1), nullptr); }},
       {"case  when 1 < 2 then 3 when 4 < 5 then 6 else 7 end ",
        [] {
          RqExprPairVector pairs{{new RqExprCondLess(Int(1), Int(2)), Int(3)},
@@ -176,8 +141,6 @@ inline std::vector<ScalarSample> ScalarSamples() {
          RqExprPairVector pairs{{new RqExprCondLess(Int(1), Int(2)), Int(3)}};
          return new RqExprIfCase(nullptr, pairs);
        }},
-      BINARY(RqExprNullIf, "nullif( 1 , 2)"),
-      BINARY(RqExprIfNull, "ifnull(1 , 2)"),
       {"coalesce( 1 , 2 , 3)",
        [] {
          RqExprVector values{Int(1), Int(2), Int(3)};
@@ -195,34 +158,17 @@ inline std::vector<ScalarSample> ScalarSamples() {
       {"indexcol( ) ", [] { return new RqExprIndexCol; }},
       {"RowID", [] { return new RqExprRowID; }},
       {"RqExprExtract [Column 7]", [] { return new RqExprExtract(7); }},
-      {"Evaluate( 'f(%1)', 1, 2) ",
-       [] {
-         RqExprVector exprs{Int(1), Int(2)};
-         return new RqExprEvaluate(L"f(%1)", exprs);
-       }},
-      {"Evaluate( '') ", [] { return new RqExprEvaluate; }},
+      {"Evaluate( 'f(%1)', 1, 2) ", [] { return MadeOf<RqExprEvaluate>(Exprs(Int(1), Int(2)), L"f(%1)"); }},
       // Dimensions and grain
       {"CalculatedMember(1, 2, 3, 4)", [] { return new RqExprCalculatedMember(Int(1), Int(2), Int(3), 4); }},
-      UNARY(RqExprDepth, "Depth(1)"),
       {"Depth(1, 3001:7)",
        [] {
          return Filled<RqExprDepth>([](RqExprDepth& e) { e.SetLTSVoidID(VoidID(kTIDALogicalTable, 7u)); }, Int(1));
        }},
-      UNARY(RqExprAllValues, "ALL_VALUES(1)"),
-      UNARY(RqExprIDOf, "IDOF(1)"),
-      UNARY(RqExprGroupingId, "grouping_id(1)"),
       {"TimeDimSeqNum(1 )", [] { return new RqExprTimeDimSeqNum(Int(1), RefALevel()); }},
-      UNARY(RqExprGrainCheckDisplay, "GrnChkDisp(1)"),
       {"Binning() ", [] { return new RqExprBinPlaceHolder; }},
-      BINARY(RqExprCanonical, "Canonical(1 , 2)"),
       // Values from elsewhere
-      {"lookup( DENSE ?3, 1, 2) ",
-       [] {
-         RqExprVector keys{Int(1), Int(2)};
-         return new RqExprLookup(true, Param(3), keys);
-       }},
-      {"lookup( SPARSE ) ", [] { return new RqExprLookup; }},
-      BINARY(RqExprJsonValue, "JSON_VALUE(1, 2)"),
+      {"lookup( DENSE ?3, 1, 2) ", [] { return MadeOf<RqExprLookup>(Exprs(Int(1), Int(2)), true, Param(3)); }},
       {"JSON_VALUE('$.a', ?1, '/p', 'T')",
        [] {
          return Filled<RqExprJsonValue>(
@@ -242,10 +188,7 @@ inline std::vector<ScalarSample> ScalarSamples() {
          return new RqExprDictLookup(Int(1), nullptr, {L"usr", L"tab"}, L"COL");
        }},
       {"Predict(3023:9, modelname=churn, [], [])",
-       [] {
-         RqExprVector none;
-         return new RqExprPredict(VoidID(kTIDADatabase, 9u), L"churn", false, none);
-       }},
+       [] { return MadeOf<RqExprPredict>(Exprs(), VoidID(kTIDADatabase, 9u), L"churn", false); }},
       {"EvaluateScript(3023:9, scriptname=s.py, DOUBLE, [age=T1.AGE, sex=T1.SEX], [k=5], ?1, ?2)",
        [] {
          RqExprVector operands{Param(1), Param(2)};
@@ -278,6 +221,18 @@ inline std::vector<ScalarSample> ScalarSamples() {
        },
        false},
   };
-#undef UNARY
-#undef BINARY
+  AddSamples<RqExprExp, RqExprSquare, RqExprSqrt, RqExprCeil, RqExprFloor, RqExprSign, RqExprAbs, RqExprLog,
+             RqExprLog10, RqExprDegrees, RqExprRadians, RqExprSin, RqExprCos, RqExprTan, RqExprCot, RqExprAsin,
+             RqExprAcos, RqExprAtan, RqExprSinh, RqExprCosh, RqExprTanh, RqExprRand, RqExprCharLength,
+             RqExprOctetLength, RqExprBitLength, RqExprLength, RqExprUpper, RqExprLower, RqExprAscii, RqExprChar,
+             RqExprSpace, RqExprDepth, RqExprAllValues, RqExprIDOf, RqExprGroupingId, RqExprGrainCheckDisplay>(
+      samples, "(1)",
+      "exp square sqrt ceiling floor sign abs log log10 degrees radians sin cos tan cot asin acos atan "
+      "sinh cosh tanh rand char_length octet_length bit_length length upper lower ascii char space "
+      "Depth ALL_VALUES IDOF grouping_id GrnChkDisp",
+      1);
+  AddSamples<RqExprPow, RqExprRound, RqExprTruncate, RqExprMod, RqExprModf, RqExprAtan2, RqExprExtractBit, RqExprLeft,
+             RqExprRight, RqExprRepeat, RqExprIfNull, RqExprCanonical>(
+      samples, "(1 , 2)", "power round truncate mod modf atan2 ExtractBit left right repeat ifnull Canonical", 1, 2);
+  return samples;
 }

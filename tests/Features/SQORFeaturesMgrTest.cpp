@@ -3,10 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
-#include <memory>
-#include <ostream>
-#include <string>
+#include <tuple>
 
 #include "Host/ErrorMessage.h"
 #include "HostMemory/MemoryGateway.h"
@@ -33,69 +30,42 @@ class FeaturesMgrTest : public testing::Test {
 /// What properties make of a feature; kOwn: what the database says, whichever that is.
 enum Answer { kNo, kYes, kOwn };
 
-struct OverrideRow {
-  const char* name;
-  std::function<void(MemoryGateway&)> setUp;
-  Answer answer;
-  const wchar_t* property = L"";  ///< The one that decided.
-};
-
-void PrintTo(const OverrideRow& row, std::ostream* pOut) { *pOut << row.name; }
-
-std::function<void(MemoryGateway&)> Set(const wchar_t* pName, const PropertyValue& value) {
-  return [pName, pValue = std::shared_ptr<PropertyValue>(value.Clone())](MemoryGateway& rp) {
-    rp.SetRequestProperty(pName, MemoryValue(*pValue));
+TEST_F(FeaturesMgrTest, OverridesOfABooleanFeature) {
+  // A request property or two, and which of them decides if any.
+  std::tuple<const wchar_t*, MemoryValue, const wchar_t*, MemoryValue, Answer, const wchar_t*> rows[] = {
+      {kSpecific, 0, L"", 0, kNo, kSpecific},
+      {kSpecific, -1, L"", 0, kYes, kSpecific},
+      {kSpecific, L"", L"", 0, kNo, kSpecific},
+      {kSpecific, L"0", L"", 0, kNo, kSpecific},
+      {kSpecific, L"0.0", L"", 0, kYes, kSpecific},
+      {kSpecific, -0.0, L"", 0, kNo, kSpecific},
+      {kSpecific, std::nan(""), L"", 0, kYes, kSpecific},
+      {kSpecific, KorvelNumber::zero(), L"", 0, kNo, kSpecific},
+      {kSpecific, KorvelNumber::FromInteger(7), L"", 0, kYes, kSpecific},
+      {kGeneric, L"0", L"", 0, kNo, kGeneric},
+      {kGeneric, 1, L"", 0, kYes, kGeneric},
+      {kSpecific, 1, kGeneric, 0, kYes, kSpecific},
+      // A specific one of another type is ignored, and keeps the generic one away.
+      {kSpecific, KXDate(2024, 1, 1), kGeneric, 0, kOwn, L""},
+      {kSpecific, KXStringVector{L"0", L"0"}, L"", 0, kOwn, L""},
+      {kSpecific, nullptr, L"", 0, kOwn, L""},
+      {L"TELM_DBFEATURES_DUCKDB_IS_UNION", 0, L"TELM_DBFEATURES_IS_UNION_ALL", 0, kOwn, L""},
   };
-}
-
-using Int = PropertyValueInteger;
-using Str = PropertyValueString;
-using Flt = PropertyValueFloat;
-using Num = PropertyValueNumber;
-
-const OverrideRow kOverrideRows[] = {
-    {"none", [](MemoryGateway&) {}, kOwn},
-    {"integer zero", Set(kSpecific, Int(0)), kNo, kSpecific},
-    {"integer below zero", Set(kSpecific, Int(-1)), kYes, kSpecific},
-    {"empty text", Set(kSpecific, Str(L"")), kNo, kSpecific},
-    {"text 0", Set(kSpecific, Str(L"0")), kNo, kSpecific},
-    {"text that only counts as zero", Set(kSpecific, Str(L"0.0")), kYes, kSpecific},
-    {"the word for no", Set(kSpecific, Str(L"no")), kYes, kSpecific},
-    {"float minus zero", Set(kSpecific, Flt(-0.0)), kNo, kSpecific},
-    {"not a number", Set(kSpecific, Flt(std::nan(""))), kYes, kSpecific},
-    {"number zero", Set(kSpecific, Num(KorvelNumber::zero())), kNo, kSpecific},
-    {"number", Set(kSpecific, Num(KorvelNumber::FromInteger(7))), kYes, kSpecific},
-    {"generic, off", Set(kGeneric, Str(L"0")), kNo, kGeneric},
-    {"generic, on", Set(kGeneric, Int(1)), kYes, kGeneric},
-    {"the specific one wins",
-     [](MemoryGateway& rp) { rp.SetRequestProperty(kSpecific, 1).SetRequestProperty(kGeneric, 0); }, kYes, kSpecific},
-    {"a specific one of another type is ignored, and keeps the generic one away",
-     [](MemoryGateway& rp) { rp.SetRequestProperty(kSpecific, KXDate(2024, 1, 1)).SetRequestProperty(kGeneric, 0); },
-     kOwn},
-    {"a specific one of several texts", Set(kSpecific, PropertyValueStringVector({L"0", L"0"})), kOwn},
-    {"a specific one without a value", [](MemoryGateway& rp) { rp.SetRequestProperty(kSpecific, nullptr); }, kOwn},
-    {"another kind's", Set(L"TELM_DBFEATURES_DUCKDB_IS_UNION", Int(0)), kOwn},
-    {"another feature's", Set(L"TELM_DBFEATURES_IS_UNION_ALL", Int(0)), kOwn},
-    {"another block's",
-     [](MemoryGateway& rp) { rp.SetRequestProperty(KXStringPair(L"block", kSpecific), MemoryValue(0)); }, kOwn},
-};
-
-class FeatureOverride : public FeaturesMgrTest, public testing::WithParamInterface<OverrideRow> {};
-
-TEST_P(FeatureOverride, OfABooleanFeature) {
-  const OverrideRow& row = GetParam();
-  row.setUp(m_rp);
-  for (const bool bOwn : {false, true}) {
-    SCOPED_TRACE(bOwn);
-    m_database.SetBooleanFeature(Table::kFeature_Union, bOwn);
-    EXPECT_EQ(FeaturesMgr::IsSupportedFeature(m_ref, Table::kFeature_Union, &m_rp),
-              row.answer == kOwn ? bOwn : row.answer == kYes);
-    EXPECT_EQ(FeaturesMgr::GetDecidingProperty(m_ref, Table::kFeature_Union, &m_rp), row.property);
-    EXPECT_EQ(FeaturesMgr::IsSupportedFeature(m_ref, Table::kFeature_Union, nullptr), bOwn);
+  int row = 0;
+  for (auto& [firstName, firstValue, secondName, secondValue, answer, property] : rows) {
+    SCOPED_TRACE(testing::Message() << "row " << row++);
+    MemoryGateway rp;
+    rp.SetRequestProperty(KXStringPair(L"block", kSpecific), 0);
+    rp.SetRequestProperty(firstName, std::move(firstValue)).SetRequestProperty(secondName, std::move(secondValue));
+    for (const bool bOwn : {false, true}) {
+      m_database.SetBooleanFeature(Table::kFeature_Union, bOwn);
+      EXPECT_EQ(FeaturesMgr::IsSupportedFeature(m_ref, Table::kFeature_Union, &rp),
+                answer == kOwn ? bOwn : answer == kYes);
+      EXPECT_EQ(FeaturesMgr::GetDecidingProperty(m_ref, Table::kFeature_Union, &rp), property);
+      EXPECT_EQ(FeaturesMgr::IsSupportedFeature(m_ref, Table::kFeature_Union, nullptr), bOwn);
+    }
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(All, FeatureOverride, testing::ValuesIn(kOverrideRows));
 
 TEST_F(FeaturesMgrTest, IntegersAndTextAskForTheSpecificPropertyAlone) {
   const auto kTables = Table::kFeature_MaxTablesInSelect;
@@ -145,7 +115,6 @@ TEST_F(FeaturesMgrTest, WithoutADatabase) {
   EXPECT_EQ(FeaturesMgr::GetMaxTablesPerQuery(none, &m_rp), 1u);
   EXPECT_EQ(FeaturesMgr::GetMaxGroupByExprs(none, &m_rp), 256u);
   EXPECT_FALSE(FeaturesMgr::IsConversionSupported(none, KXCharData, KXCharData, &m_rp));
-  EXPECT_FALSE(FeaturesMgr::IsTypedLiteralSupported(none, KXCharData, &m_rp));
   EXPECT_DEATH(FeaturesMgr::GetMaxOrderByColumns(none, &m_rp), "!refDatabase.IsNull\\(\\)");
 }
 

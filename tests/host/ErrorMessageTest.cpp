@@ -14,15 +14,11 @@ namespace {
 
 TEST(ErrorMessage, FillsPlaceholders) {
   const std::pair<KXString, const wchar_t*> cases[] = {
-      {ErrorMessage::LoadString(kMsgSessionVariableHasNoValue, L"NQ", KXString(L"USER")),
-       L"The session variable NQ.USER has no value."},
       // An argument that looks like a placeholder stays as it is.
       {ErrorMessage::LoadString(kMsgAttributeNotInExpression, L"%2", L"100%", L"%%1"),
        L"The attribute %2.100% does not occur in the expression: %%1"},
       {ErrorMessage::LoadString(kMsgAttributeNotInExpression, L"Time"),
        L"The attribute Time. does not occur in the expression: "},
-      {ErrorMessage::LoadString(kMsgPurgeQueryPlanCache, L"not shown"), L"Purge Query Plan Cache"},
-      {ErrorMessage::LoadString(999999), L"Unknown message code 999999"},
       {ErrorMessage::LoadString(999999, L"a", L""), L"Unknown message code 999999: \"a\", \"\""},
   };
   for (const auto& [text, expected] : cases) EXPECT_EQ(text, expected);
@@ -69,7 +65,6 @@ TEST(ErrorMessage, IsNotedInTheLogAndThrown) {
 
 TEST(ServerLog, DefaultSinkWritesErrorsOnly) {
   testing::internal::CaptureStderr();
-  EXPECT_FALSE(ServerLog::IsInformationLogged());
   ServerLog::LogMessage(false, L"information");
   ServerLog::LogMessage(true, L"wide é literal");
   ServerLog::LogMessage(true, KXString(L"string"));

@@ -2,122 +2,47 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <thread>
 #include <vector>
 
-#include "Host/ARpGateway.h"
-#include "Host/SUCompatFlag.h"
+#include "HostMemory/MemoryGateway.h"
 
 namespace {
 
-struct FakeObject : ARpObject {
-  explicit FakeObject(const VoidID& id) : m_id(id) {}
-  VoidID GetID() const override { return m_id; }
-  KXString GetName() const override { return L"object"; }
-  VoidID GetParentID() const override { return VoidID::NullID; }
-  VoidID m_id;
-};
-struct Table : FakeObject {
-  using FakeObject::FakeObject;
-};
-struct Column : FakeObject {
-  using FakeObject::FakeObject;
-};
-
-/// Holds one table and one column and counts the references on each; its session has properties of text.
-class CountingGateway final : public ARpGateway {
- public:
-  Table m_table{VoidID(3001, 1)};
-  Column m_column{VoidID(3003, 2)};
-  std::map<VoidID, int> m_refs;
-  std::map<KXString, KXString> m_session;
-
-  int Refs(const FakeObject& object) { return m_refs[object.m_id]; }
-
-  ARpObject* LookupObject(const VoidID& id) override {
-    if (id == m_table.m_id) return &m_table;
-    if (id == m_column.m_id) return &m_column;
-    return nullptr;
-  }
-  void AddObjectRef(const VoidID& id) override { ++m_refs[id]; }
-  void ReleaseObjectRef(const VoidID& id) override { --m_refs[id]; }
-
-  bool ContainDBFeatureRequestProperty() override { return false; }
-  bool IsOfflineMode() const override { return true; }
-  GatewayType GetGatewayType() const override { return kRpGatewayType_Memory; }
-  std::uint32_t GetRepositoryUniqueID32() const override { return INVALID_UNIQUE_ID_32; }
-  RepositoryID GetRepositoryID() const override { return {}; }
-  bool IsExternalARpObject(const VoidID&) override { return false; }
-
- protected:
-  bool FindSessionProperty(const KXString& name, std::unique_ptr<PropertyValue>& pValue) override {
-    const auto property = m_session.find(name);
-    if (property == m_session.end()) return false;
-    pValue = std::make_unique<PropertyValueString>(property->second);
-    return true;
-  }
-  bool FindRequestProperty(const KXStringPair&, std::unique_ptr<PropertyValue>&) override { return false; }
-};
-
 TEST(Ref, HoldsOneReferenceForEachHandle) {
-  CountingGateway gateway;
+  MemoryGateway gateway;
+  const VoidID table = gateway.MakeObject<MemoryTable>(1u, L"table", VoidID::NullID, VoidID::NullID).GetID();
+  const VoidID entity = gateway.MakeObject<MemoryEntity>(1u, L"entity").GetID();
   {
-    const Ref<Table> table(&gateway, gateway.m_table.m_id);
-    ASSERT_FALSE(table.IsNullRef());
-    EXPECT_EQ(table.Get(), &gateway.m_table);
-    EXPECT_EQ(gateway.Refs(gateway.m_table), 1);
+    const Ref<MemoryTable> first(&gateway, table);
+    Ref<MemoryTable> copy(first);
+    Ref<ARpObject> base(first);
+    EXPECT_EQ(base->GetName(), L"table");
+    EXPECT_EQ(gateway.GetObjectRefCount(table), 3u);
 
-    Ref<Table> copy(table);
-    Ref<ARpObject> base(table);
-    EXPECT_EQ(base->GetID(), gateway.m_table.m_id);
-    EXPECT_EQ(gateway.Refs(gateway.m_table), 3);
-
-    const Ref<Table> moved(std::move(copy));
+    const Ref<MemoryTable> moved(std::move(copy));
     EXPECT_TRUE(copy.IsNull());  // NOLINT(bugprone-use-after-move): a moved-from handle is null
-    EXPECT_EQ(moved, table);
-    EXPECT_EQ(gateway.Refs(gateway.m_table), 3);
+    EXPECT_EQ(moved, first);
+    EXPECT_EQ(gateway.GetObjectRefCount(table), 3u);
 
-    base = Ref<ARpObject>(&gateway, &gateway.m_column, gateway.m_column.m_id);
-    EXPECT_EQ(gateway.Refs(gateway.m_table), 2);
-    EXPECT_EQ(gateway.Refs(gateway.m_column), 1);
-    EXPECT_TRUE(RefCast<Table>(base).IsNull());
-    EXPECT_EQ(RefCast<Column>(base).Get(), &gateway.m_column);
+    base = Ref<ARpObject>(&gateway, entity);
+    EXPECT_EQ(gateway.GetObjectRefCount(table), 2u);
+    EXPECT_TRUE(RefCast<MemoryTable>(base).IsNull());
+    EXPECT_EQ(RefCast<MemoryEntity>(base).GetID(), entity);
+    EXPECT_EQ(gateway.GetObjectRefCount(entity), 1u);
     base.Null();
     base.Null();
     EXPECT_EQ(base.GetID(), VoidID::NullID);
-    EXPECT_EQ(gateway.Refs(gateway.m_column), 0);
+    EXPECT_EQ(gateway.GetObjectRefCount(entity), 0u);
   }
-  EXPECT_EQ(gateway.Refs(gateway.m_table), 0);
-}
-
-TEST(Ref, WhatIsNotThereGivesNullWithoutAReference) {
-  CountingGateway gateway;
-  EXPECT_TRUE(Ref<Table>(&gateway, VoidID(3001, 99)).IsNull());
-  EXPECT_TRUE(Ref<Table>(&gateway, gateway.m_column.m_id).IsNull());
-  EXPECT_TRUE(Ref<Table>(nullptr, gateway.m_table.m_id).IsNull());
-  const Ref<Table> null(&gateway, nullptr, gateway.m_table.m_id);
-  EXPECT_TRUE(Ref<Table>(null).IsNull());
-  EXPECT_TRUE(gateway.m_refs.empty());
+  EXPECT_EQ(gateway.GetObjectRefCount(table), 0u);
+  EXPECT_TRUE(Ref<MemoryTable>(&gateway, VoidID(kTIDATable, 99u)).IsNull());
+  EXPECT_TRUE(Ref<MemoryTable>(&gateway, entity).IsNull());
+  EXPECT_TRUE(Ref<MemoryTable>(nullptr, table).IsNull());
+  const Ref<MemoryTable> null(&gateway, nullptr, table);
+  EXPECT_TRUE(Ref<MemoryTable>(null).IsNull());
+  EXPECT_EQ(gateway.GetObjectRefCount(table) + gateway.GetObjectRefCount(entity), 0u);
   EXPECT_DEATH(null->GetName(), "logic error: null repository handle");
-}
-
-TEST(SOCompatFlag, TheSessionGoesBeforeTheProcess) {
-  CountingGateway gateway;
-  const KXString name(L"TELM_REF_TEST");
-  KXString text(L"before");
-  EXPECT_FALSE(SOCompatFlag::GetBool(name, &gateway));
-  EXPECT_FALSE(SOCompatFlag::GetString(text, name, &gateway));
-  EXPECT_TRUE(text.empty());
-  SUCompatFlag::SetString(name, L"1");
-  EXPECT_TRUE(SOCompatFlag::GetBool(name, &gateway));
-  EXPECT_TRUE(SOCompatFlag::GetString(text, name, &gateway));
-  EXPECT_EQ(text, L"1");
-  gateway.m_session[name] = L"0";
-  EXPECT_FALSE(SOCompatFlag::GetBool(name, &gateway));
-  EXPECT_TRUE(SOCompatFlag::GetString(text, name, &gateway));
-  EXPECT_EQ(text, L"0");
-  SUCompatFlag::Reset(name);
 }
 
 struct Counted : RefCountable {

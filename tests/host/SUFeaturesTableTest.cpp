@@ -19,14 +19,9 @@ TEST(SUFeaturesTable, NamesComeFromTheEnumerators) {
   const std::pair<Table::FeatureId, const wchar_t*> cases[] = {
       {Table::kFeature_LeftOuterJoin, L"LEFT_OUTER_JOIN"},
       {Table::kFeature_BooleanTypeBegin, L"LEFT_OUTER_JOIN"},  // a mark has the name of the feature of its number
-      {Table::kFeature_CalendarExtract_Day_Of_Quarter, L"CALENDAR_EXTRACT_DAY_OF_QUARTER"},
-      {Table::kFeature_Log10, L"LOG10"},
       {Table::kFeature_NTile, L"N_TILE"},
-      {Table::kFeature_PrefersMDXRangeOperator, L"PREFERS_MDX_RANGE_OPERATOR"},
       {Table::kFeature_Sql89ColumnAliasConformance, L"SQL89_COLUMN_ALIAS_CONFORMANCE"},
       {Table::kFeaturePerf_MinimalWith, L"PERF_MINIMAL_WITH"},
-      {Table::kFeature_EHCC, L"EHCC"},
-      {Table::kFeature_BooleanTypeEnd, L""},
       {Table::kCastVarCharAsCharDefaultLen, L""},
       {Table::kFeature_Invalid, L""}};
   for (const auto& [id, name] : cases) EXPECT_EQ(Table::GetFeatureNameFromId(id), name) << id;
@@ -46,21 +41,8 @@ TEST(SUFeaturesTable, NamesAndNumbersAreOneToOne) {
   }
 }
 
-TEST(SUFeaturesTable, ValuesKeepApart) {
+TEST(SUFeaturesTableDeathTest, FeatureOfAnotherType) {
   Table table;
-  table.SetBoolean(Table::kFeature_And, true);
-  table.SetUInt32(Table::kFeature_MaxNestedLevel, 7);
-  table.SetString(Table::kFeature_DateFormat, L"f");
-  for (const Table::FeatureId id : Table::GetFeatureIds()) {
-    SCOPED_TRACE(id);
-    if (Table::IsBoolean(id)) {
-      EXPECT_EQ(table.GetBoolean(id), id == Table::kFeature_And);
-    } else if (Table::IsUInt32(id)) {
-      EXPECT_EQ(table.GetUInt32(id), id == Table::kFeature_MaxNestedLevel ? 7u : 0u);
-    } else {
-      EXPECT_EQ(table.GetString(id), id == Table::kFeature_DateFormat ? L"f" : L"");
-    }
-  }
   EXPECT_DEATH(table.GetBoolean(Table::kFeature_MaxNestedLevel), "IsBoolean\\(id\\)");
   EXPECT_DEATH(table.SetUInt32(Table::kFeature_UInt32TypeEnd, 1), "IsUInt32\\(id\\)");
 }

@@ -75,24 +75,26 @@ TEST(TypedFieldValue, EachFamilyIsOneOrder) {
   SUSystemConfig::GetSystemConfig().SetCaseSensitive(true);
 }
 
-template <class... Values>
-void ExpectUnordered(const Values&... allValues) {
-  const Value values[] = {allValues...};
-  for (std::size_t a = 0; a < sizeof...(allValues); ++a) {
-    for (std::size_t b = 0; b < sizeof...(allValues); ++b) {
+TEST(TypedFieldValue, NothingIsConcludedFromValuesThatDoNotCompare) {
+  const Value values[] = {{std::nan(""), false},
+                          Raw(KXObjectData, {1}),
+                          Decimal(L"0"),
+                          {L"01", false},
+                          {KXDate(2020, 1, 1), false},
+                          {KXTime(1, 0, 0), false},
+                          {kxdatetime::kCurrentTime, false},
+                          {kxdatetime::kCurrentDate, false},
+                          {kxdatetime::kCurrentDateTime, false},
+                          Raw(KXBinaryData, {1}),
+                          {},
+                          {KXInt4Data, {0, 0, 0, 0, 1}, 4, false}};
+  for (std::size_t a = 0; a < std::size(values); ++a) {
+    for (std::size_t b = 0; b < std::size(values); ++b) {
+      // NaN and an object without a function are not even equal to themselves.
       EXPECT_EQ(values[a] == values[b], a == b && a > 1) << a << ' ' << b;
       EXPECT_FALSE(values[a] < values[b]) << a << ' ' << b;
     }
   }
-}
-
-// NaN and an object without a function are not even equal to themselves.
-TEST(TypedFieldValue, NothingIsConcludedFromValuesThatDoNotCompare) {
-  const Value null(KXInt4Data, {0, 0, 0, 0, 1}, 4, false);
-  ExpectUnordered(Value(std::nan(""), false), Raw(KXObjectData, {1}), Decimal(L"0"), Value(L"01", false),
-                  Value(KXDate(2020, 1, 1), false), Value(KXTime(1, 0, 0), false),
-                  Value(kxdatetime::kCurrentTime, false), Value(kxdatetime::kCurrentDate, false),
-                  Value(kxdatetime::kCurrentDateTime, false), Raw(KXBinaryData, {1}), Value(), null);
 }
 
 template <class... Values>
@@ -121,13 +123,9 @@ TEST(TypedFieldValue, FieldsOfARowAreRead) {
 
 TEST(TypedFieldValue, ConvertsAsPropertiesDo) {
   const Value dateTime(KXDateTime(2020, 1, 2, 3, 4, 5), false);
-  const Value large = Field(KXUInt4Data, 3000000000u);
   EXPECT_EQ(Value(2.9, false).ToInteger(), 2);
-  EXPECT_EQ(large.ToFloat(), 3e9);
-  EXPECT_EQ(dateTime.ToDate(), KXDate(2020, 1, 2));
-  EXPECT_EQ(dateTime.ToTime(), KXTime(3, 4, 5));
-  EXPECT_EQ(Value(KXDate(2020, 1, 2), false).ToDateTime(), KXDateTime(2020, 1, 2, 0, 0, 0));
-  EXPECT_THROW(large.ToInteger(), ErrorMessage);
+  EXPECT_TRUE(dateTime.ToDate() == KXDate(2020, 1, 2) && dateTime.ToTime() == KXTime(3, 4, 5));
+  EXPECT_THROW(Field(KXUInt4Data, 3000000000u).ToInteger(), ErrorMessage);
 }
 
 TEST(TypedFieldValue, FieldsThatAreTooShortAreRefused) {

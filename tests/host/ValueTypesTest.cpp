@@ -8,6 +8,10 @@
 
 namespace {
 
+static_assert(SqlTableRef::FlipJoinType(SqlTableRef::kLeftOuterJoin) == SqlTableRef::kRightOuterJoin);
+static_assert(SqlTableRef::FlipJoinType(SqlTableRef::kRightOuterJoin) == SqlTableRef::kLeftOuterJoin);
+static_assert(SqlTableRef::FlipJoinType(SqlTableRef::kFullOuterJoin) == SqlTableRef::kFullOuterJoin);
+
 TEST(SUKXDataTypeUtility, SingleWordNamesMirrorTheTypes) {
   std::set<KXString> names;
   for (int number = 0; number < KXMaxType; ++number) {
@@ -19,13 +23,10 @@ TEST(SUKXDataTypeUtility, SingleWordNamesMirrorTheTypes) {
     EXPECT_EQ(SUKXDataTypeUtility::GetKXDataTypeFromSingleWordName(name), type);
     EXPECT_EQ(SUKXDataTypeUtility::IsKXTextType(type), name.view().ends_with(L"CHAR"));
   }
-  EXPECT_EQ(SUKXDataTypeUtility::GetKXDataTypeFromSingleWordName(L"double"), KXDoubleData);
-  EXPECT_EQ(SUKXDataTypeUtility::GetKXDataTypeFromSingleWordName(L"DOUBLE PRECISION"), KXUnknown);
-}
-
-TEST(SUKXDataTypeUtilityDeathTest, NoType) {
   KXString name;
   EXPECT_DEATH(SUKXDataTypeUtility::GetSingleWordKXDataTypeName(KXMaxType, name), "type < KXMaxType");
+  EXPECT_EQ(SUKXDataTypeUtility::GetKXDataTypeFromSingleWordName(L"double"), KXDoubleData);
+  EXPECT_EQ(SUKXDataTypeUtility::GetKXDataTypeFromSingleWordName(L"DOUBLE PRECISION"), KXUnknown);
 }
 
 TEST(KXTypeInfo, DescribesItself) {
@@ -57,18 +58,12 @@ TEST(ServerInfo, TargetNamesMirrorTheKinds) {
     const bool bRowsReadHere = number <= ServerInfo::kDefault || type == ServerInfo::kInternalRawDataStorage;
     EXPECT_EQ(ServerInfo::IsRemoteTargetType(type), !bRowsReadHere) << name;
   }
-  auto found = ServerInfo::kDefault;
+  auto found = ServerInfo::kSQLite;
   EXPECT_FALSE(ServerInfo::GetTargetEnumFromName(L"NO TARGET", found));
-  EXPECT_EQ(found, ServerInfo::kDefault);
+  EXPECT_EQ(found, ServerInfo::kSQLite);
   const auto noKind = static_cast<ServerInfo::TargetType>(9999);
   EXPECT_EQ(ServerInfo::GetTargetNameFromEnum(noKind), L"UNKNOWN");
   EXPECT_FALSE(ServerInfo::IsRemoteTargetType(noKind));
-}
-
-TEST(SqlTableRef, FlippingExchangesLeftAndRight) {
-  EXPECT_EQ(SqlTableRef::FlipJoinType(SqlTableRef::kLeftOuterJoin), SqlTableRef::kRightOuterJoin);
-  EXPECT_EQ(SqlTableRef::FlipJoinType(SqlTableRef::kRightOuterJoin), SqlTableRef::kLeftOuterJoin);
-  EXPECT_EQ(SqlTableRef::FlipJoinType(SqlTableRef::kFullOuterJoin), SqlTableRef::kFullOuterJoin);
 }
 
 }  // namespace

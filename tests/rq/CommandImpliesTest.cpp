@@ -20,12 +20,9 @@ RqRun Implies(std::vector<std::string> arguments, const std::string& input = {})
 
 TEST(Implies, Answers) {
   struct {
-    const char* m_a;
-    const char* m_b;
-    const char* m_out;
+    const char *m_a, *m_b, *m_out;
   } const rows[] = {
       {"x = 5 AND y > 0", "x < 6", "implied\n"},
-      {"x = 5", "5 = x", "implied, equivalent\n"},
       {"x <= 5", "x < 5", "not implied\nno conjunct of A implies: x < 5\nthis row satisfies A and not B:\n    x = 5\n"},
       {"x = 5", "x < 6 AND x > 4",
        "not shown\nA has fewer conjuncts than B, 1 and 2, and is then not taken to imply it\n"
@@ -43,11 +40,7 @@ TEST(Implies, Answers) {
       {"t LIKE 'a%'", "t LIKE 'a% '",
        "implied, equivalent\nbut texts that differ in blanks at the end are taken for the same, and this row "
        "satisfies A and not B:\n    t = 'a'\n"},
-      {"y IS NULL OR x = 1", "x = 1 OR y < 3",
-       "not implied\nno conjunct of A implies: x = 1 or y < 3\nthis row satisfies A and not B:\n"
-       "    x = 0\n    y = NULL\n"},
       // A negated list of rows is one conjunct a row.
-      {"(a, b) NOT IN ((1, 2), (3, 4))", "(a, b) NOT IN ((1, 2))", "implied\n"},
       {"(a, b) NOT IN ((1, 2))", "(a, b) NOT IN ((1, 2), (3, 4))",
        "not implied\nno conjunct of A implies: not a = 3 or not b = 4\nthis row satisfies A and not B:\n"
        "    a = 3\n    b = 4\n"},
@@ -63,8 +56,6 @@ TEST(Implies, Answers) {
        "not implied\nno conjunct of A implies: x is null\nthis row satisfies A and not B:\n    x = 1.375\n"},
       {"x > 2147483647", "x IS NULL",
        "not implied\nno conjunct of A implies: x is null\nthis row satisfies A and not B:\n    x = 2147483648.0\n"},
-      {"t > 'it''s'", "t LIKE 'x%'",
-       "not implied\nno conjunct of A implies: t like 'x%'\nthis row satisfies A and not B:\n    t = 'it''sa'\n"},
       {"t > 'a' AND t LIKE '_'", "t IS NULL",
        "not implied\nno conjunct of A implies: t is null\nthis row satisfies A and not B:\n    t = 'b'\n"},
       {"t LIKE '_!%%' ESCAPE '!'", "t LIKE '%z'",
@@ -116,14 +107,11 @@ TEST(Implies, SessionVariables) {
   } const rows[] = {
       {{"s.v=7"}, "x < 8", 0},
       {{"s.v=7"}, "x < 7", 1},
-      {{"s.v=7.5"}, "x < 8", 0},
       {{"s.v='7'"}, "x = '7'", 0},
       {{"s.v=it's=so"}, "x = 'it''s=so'", 0},
-      {{"s.v='it''s'"}, "x = 'it''s'", 0},
       {{"s.v=date '2024-01-01'"}, "x < DATE '2024-01-02'", 0},
       {{"s.v=TIME '01:02:03'"}, "x < TIME '01:02:04'", 0},
       {{"s.v=TIMESTAMP '2024-01-01 00:00:00'"}, "x < TIMESTAMP '2024-01-01 00:00:01'", 0},
-      {{"s.v=1", "s.w=2"}, "x < VALUEOF(s.w)", 0},
       {{}, "x = VALUEOF(s.v)", 0},  // no value is needed for that
   };
   for (const auto& [settings, b, status] : rows) {
@@ -176,7 +164,6 @@ TEST(Implies, PairsOfAFile) {
       "x = \ty = 1\n"
       "x = 1\n"
       "x = 1\ty = 1\tz = 1\n"
-      "x = 1\tnosuch(x) = 1\n"
       "x = 1\tx > VALUEOF(s.v)\n";
   const std::string path = testing::TempDir() + "pairs.txt";
   std::ofstream(path) << input;
@@ -189,16 +176,13 @@ TEST(Implies, PairsOfAFile) {
             "{\"error\":\"a tab and a second condition are missing here\",\"line\":7,\"column\":6}\n"
             "{\"error\":\"there is a second tab here: a line is two conditions with a tab between them\",\"line\":8,"
             "\"column\":12}\n"
-            "{\"error\":\"the function nosuch is not supported; rq normalize --help lists those that are\",\"line\":9,"
-            "\"column\":7}\n"
-            "{\"error\":\"the session variable s.v has no value\",\"line\":10,\"column\":11}\n");
+            "{\"error\":\"the session variable s.v has no value\",\"line\":9,\"column\":11}\n");
   EXPECT_EQ(run.m_status, 2);
 
   const RqRun text = Implies({"--file", "-", "--format", "text"}, "x = 1\tx < 2\nx =\tx\nx < 2\tx = 1\n");
   EXPECT_EQ(text.m_out,
             "implied\n\nnot implied\nno conjunct of A implies: x = 1\nthis row satisfies A and not B:\n    x = 0\n");
   EXPECT_EQ(text.m_err, "rq: standard input, line 2, column 4: syntax error at end of input\n  x =\tx\n     ^\n");
-  EXPECT_EQ(Implies({"--file", "-"}, "x = 1\tx < 2\n").m_status, 0);
   EXPECT_EQ(Implies({"--file", "-"}, "x = 1\tx < 2\nx < 2\tx = 1\n").m_status, 1);
   EXPECT_EQ(Implies({"--file", "/nowhere"}).m_status, 2);
 }

@@ -2,9 +2,16 @@
 
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "rq/CommandLine.h"
+
+inline std::string Repeated(std::string_view text, int count) {
+  std::string repeated;
+  for (int i = 0; i < count; ++i) repeated += text;
+  return repeated;
+}
 
 /// What a command line leaves behind.
 struct RqRun {

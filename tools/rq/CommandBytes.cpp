@@ -1,22 +1,23 @@
 #include "rq/CommandBytes.h"
 
 #include <CLI/CLI.hpp>
-#include <cerrno>
+#include <algorithm>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
-#include <limits>
 #include <list>
 #include <ostream>
-#include <system_error>
+#include <stdexcept>
 
-#include "Host/DataBlobUtil.h"
 #include "Host/ErrorMessage.h"
-#include "Query/Optimizer/Request/Node/SQORRqTreeVector.h"
+#include "HostMemory/RepositoryNames.h"
 #include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
 #include "rq/CommandLine.h"
+#include "rq/ModelOption.h"
+#include "rq/RequestBytes.h"
 #include "rq/io/BlockWriter.h"
+#include "rq/io/Files.h"
 #include "rq/sql/ConditionBuilder.h"
+#include "rq/sql/QueryBuilder.h"
+#include "rq/sql/SqlLexer.h"
 #include "rq/sql/SqlText.h"
 
 namespace {
@@ -27,36 +28,11 @@ constexpr const char* kFooter =
 
 Examples:
   rq bytes --out filter.rq "region = 'EMEA' AND year = 2024"
-  rq bytes --in filter.rq)help";
+  rq bytes --in filter.rq
+  rq bytes --out query.rq "SELECT brand FROM product WHERE list_price > 100"
 
-/// What a file may ask for: more than the default, since commands run on a stack of kBigStackBytes.
-constexpr BoundedRead::Limits kLimits{.m_maxNesting = 200'000, .m_maxObjects = 50'000'000};
-
-/// A longer list would be cut without a word.
-void RequireFits(const std::list<RqNode*>& nodes) {
-  for (const RqNode* const pNode : nodes) {
-    const int limit = std::numeric_limits<decltype(RqTreeVectorHdr::numChildren_)>::max();
-    if (pNode->GetNumChildren() > limit) {
-      throw std::runtime_error("a list of " + std::to_string(pNode->GetNumChildren()) +
-                               " entries has no byte form: the most are " + std::to_string(limit));
-    }
-  }
-}
-
-void WriteFile(const std::string& name, const ByteVector& bytes) {
-  std::ofstream file(name, std::ios::binary | std::ios::trunc);
-  file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-  file.close();
-  if (!file) throw std::system_error(errno, std::generic_category(), "cannot write " + name);
-}
-
-ByteVector ReadFile(const std::string& name) {
-  std::ifstream file(name, std::ios::binary);
-  if (!file) throw std::system_error(errno, std::generic_category(), "cannot read " + name);
-  ByteVector bytes{std::istreambuf_iterator<char>(file), {}};
-  if (file.bad()) throw std::system_error(errno, std::generic_category(), "cannot read " + name);
-  return bytes;
-}
+A query is over the tables of the model, as for rq explain; its objects travel by
+number.)help";
 
 void Print(CommandStreams& streams, const std::string& text) {
   BlockWriter writer(streams.m_out);
@@ -64,39 +40,58 @@ void Print(CommandStreams& streams, const std::string& text) {
   writer.Flush();
 }
 
+/// Whether a text begins as a query does.
+bool IsQuery(const std::string& text) {
+  SqlLexer lexer(text);
+  SqlToken token = lexer.Next();
+  while (token.m_end == token.m_begin + 1 && text[token.m_begin] == '(') token = lexer.Next();
+  std::string word = text.substr(token.m_begin, token.m_end - token.m_begin);
+  std::ranges::transform(word, word.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; });
+  return word == "select" || word == "with" || word == "values";
+}
+
 }  // namespace
 
 void CommandBytes::Define(CLI::App& app) {
-  app.add_option("CONDITION", m_condition, "The condition to write")->type_name("");
+  app.add_option("TEXT", m_text, "The condition or the query to write")->type_name("");
   app.add_option("--out", m_out, "Write the bytes to a file")->type_name("FILE");
   app.add_option("--in", m_in, "Read the bytes of a file and print the text form")->type_name("FILE");
+  app.add_option("--model", m_model, "The model of a query's tables, a file of JSON")->type_name("FILE");
   app.footer(kFooter);
 }
 
 int CommandBytes::Run(CommandStreams& streams) {
   if (m_in.empty()) {
-    if (m_condition.empty()) throw UsageError("nothing to do: give a condition, or --in FILE");
+    if (m_text.empty()) throw UsageError("nothing to do: give a condition or a query, or --in FILE");
     return Write(streams);
   }
-  if (!m_condition.empty() || !m_out.empty()) throw UsageError("--in goes with no condition and with no --out");
+  if (!m_text.empty() || !m_out.empty() || m_model) {
+    throw UsageError("--in goes with no text, with no --out and with no --model");
+  }
   return Read(streams);
 }
 
 int CommandBytes::Write(CommandStreams& streams) const {
-  OwnedRqExprCondPtr condition;
+  MemoryGateway gateway;  // outlives the tree
+  Heap<RqNode> tree;
   try {
-    condition = ParseCondition(m_condition);
+    if (IsQuery(m_text)) {
+      ReadModel(m_model, gateway);
+      const RepositoryNames names(gateway);
+      const SqlQuery query(m_text);
+      tree = QueryBuilder(m_text, gateway, names).Build(query.GetSelect()).m_list;
+    } else {
+      tree = ParseCondition(m_text);
+    }
   } catch (const SqlError& error) {
-    streams.m_err << MessageText("", error, m_condition);
+    streams.m_err << MessageText("", error, m_text);
     return kExitError;
   }
-  std::list<RqNode*> nodes;
-  condition->GetObjects(nodes);
-  RequireFits(nodes);
-  ByteVector bytes;
-  RqTreeVector::ToByteVector(condition.Get(), bytes);
-  if (!m_out.empty()) WriteFile(m_out, bytes);
+  const ByteVector bytes = WriteRequest(*tree);
+  if (!m_out.empty()) WriteBytes(m_out, bytes);
 
+  std::list<RqNode*> nodes;
+  tree->GetObjects(nodes);
   char text[96];
   std::snprintf(text, sizeof text, "%zu bytes, %zu nodes, %.1f bytes a node\n", bytes.size(), nodes.size(),
                 static_cast<double>(bytes.size()) / static_cast<double>(nodes.size()));
@@ -105,15 +100,12 @@ int CommandBytes::Write(CommandStreams& streams) const {
 }
 
 int CommandBytes::Read(CommandStreams& streams) const {
-  const ByteVector bytes = ReadFile(m_in);
+  const ByteVector bytes = ReadBytes(m_in);
   std::string text;
   try {
-    const BoundedRead bounds(bytes, kLimits);
-    RqNode* pNode = nullptr;
-    const const_iterator end = RqTreeVector::FromByteVector(bytes.data(), &pNode);
-    const Heap<RqNode> tree(pNode);
-    bounds.RequireAtEnd(end);
-    text = RqDumpout::StringFrom(tree.Get()).ToUTF8() + '\n';
+    const Heap<RqNode> tree = ReadRequest(bytes);
+    const std::string whole = RqDumpout::StringFrom(tree.Get()).ToUTF8();
+    text = whole.substr(whole.starts_with(' ') ? 1 : 0) + '\n';
   } catch (const ErrorMessage& error) {
     throw std::runtime_error(m_in + ": " + error.GetText().ToUTF8());
   }

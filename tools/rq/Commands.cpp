@@ -1,11 +1,13 @@
 #include "rq/Command.h"
 #include "rq/CommandBytes.h"
+#include "rq/CommandExplain.h"
 #include "rq/CommandFeatures.h"
 #include "rq/CommandImplies.h"
 #include "rq/CommandNormalize.h"
 
 std::vector<std::unique_ptr<Command>> MakeCommands() {
   std::vector<std::unique_ptr<Command>> commands;
+  commands.push_back(std::make_unique<CommandExplain>());
   commands.push_back(std::make_unique<CommandNormalize>());
   commands.push_back(std::make_unique<CommandImplies>());
   commands.push_back(std::make_unique<CommandBytes>());

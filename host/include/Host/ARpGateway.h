@@ -96,6 +96,8 @@ class ARpGateway {
 
   /// A handle on the object; null if there is none.
   RefARpObject GetObject(const VoidID& id) { return RefARpObject(this, id); }
+  /// Replaces what `ids` holds by the objects of an interface type, in the order of their identifiers.
+  virtual void GetObjectIDs(TypeID interfaceType, VoidIDVector& ids) const = 0;
   /// Lends the object without taking a reference; null if there is none.
   virtual ARpObject* LookupObject(const VoidID& id) = 0;
   // The counting behind handles. An object stays where it is as long as it has a reference.

@@ -19,13 +19,13 @@ class AbstractListQuerySpec {
   /// Appends what the reader that was set reads back.
   virtual void ToByteVector(ByteVector& bv) const = 0;
 
-  /// The byte form of a specification or of none: a bool, then that of the specification.
+  /// The byte form of a parse tree or of none: a bool, then that of the tree.
   static void ToByteVector(ByteVector& bv, const AbstractListQuerySpec* pSpec);
-  /// Stores a new specification, which the caller owns, or null, and returns the advanced cursor. Raises ErrorMessage
-  /// kMsgBytesMalformed when a specification stands there and no reader is set.
+  /// Stores a new parse tree, which the caller owns, or null, and returns the advanced cursor. Raises ErrorMessage
+  /// kMsgBytesMalformed when a tree stands there and no reader is set.
   static const_iterator FromByteVector(const_iterator start, AbstractListQuerySpec*& pSpec);
 
-  /// Stores a new specification and returns the cursor behind what it read. May raise ErrorMessage.
+  /// Stores a new parse tree and returns the cursor behind what it read. May raise ErrorMessage.
   using Reader = const_iterator (*)(const_iterator start, AbstractListQuerySpec*& pSpec);
   /// The reader of the class that the process works with; null takes it off again. Any thread may call it.
   static void SetReader(Reader reader);

@@ -7,12 +7,30 @@
 
 /// The data type of a value, a column or an expression.
 enum KXDataType : std::uint8_t {
-#define KX_DATA_TYPE(enumerator, number, singleWordName, sqlName) enumerator = number,
+#define KX_DATA_TYPE(enumerator, number, typeClass, singleWordName, sqlName) enumerator = number,
 #include "Host/KXDataTypes.def"
 #undef KX_DATA_TYPE
   KXMaxType  ///< the number of types; not a type itself
 };
 static_assert(KXMaxType == 26);
+
+/// What values of a data type are, whatever their width, length or record.
+enum class KXTypeClass : std::uint8_t {
+  kBit,
+  kText,
+  kBinary,
+  kInteger,
+  kFloat,
+  kMoney,
+  kDecimal,
+  kDate,
+  kTime,
+  kDateTime,
+  kInterval,
+  kObject,
+  kBoolean,
+  kUnknown
+};
 
 /// A data type with its dimensions. What precision and scale mean is the type's affair: digits for a decimal,
 /// characters for text, digits of a second for a time.
@@ -39,7 +57,7 @@ struct KXTypeInfo : KXTypeInfoBase {
   KXString Describe() const;
 };
 
-/// Names of data types. A number that is no type, KXMaxType among them, is a logic error.
+/// Names and classes of data types. A number that is no type, KXMaxType among them, is a logic error.
 class SUKXDataTypeUtility {
  public:
   /// The name under which a type travels in byte forms, without blanks: "DOUBLE".
@@ -48,6 +66,7 @@ class SUKXDataTypeUtility {
   static KXDataType GetKXDataTypeFromSingleWordName(const KXString& name);
   /// The name for people and for SQL: "DOUBLE PRECISION".
   static void GetKXDataTypeName(KXDataType type, KXString& name);
+  static KXTypeClass GetKXTypeClass(KXDataType type);
   /// Whether values of the type are text: the three character types.
   static bool IsKXTextType(KXDataType type);
 };

@@ -27,7 +27,7 @@ std::uint32_t ReadConversionMask(const JsonCursor& cursor) {
     const auto& types = SUFeaturesTable::kConversionTypeNames;
     const auto* const pType = std::ranges::find(types, name.view());
     if (pType == std::end(types)) {
-      element.Raise(L"no such type" + DidYouMean(name, KXStringVector(std::begin(types), std::end(types))));
+      element.Throw(L"no such type" + DidYouMean(name, KXStringVector(std::begin(types), std::end(types))));
     }
     mask |= 1u << (pType - std::begin(types));
   });
@@ -49,10 +49,11 @@ void ReadFeatures(const JsonCursor& cursor, SUFeaturesTable& features) {
   cursor.ForEachMember([&](const std::string& key, const JsonCursor& member) {
     const KXString name = BaseStringUtil::StdStringToString(key);
     const FeatureId id = SUFeaturesTable::GetFeatureIDFromName(name);
-    if (id == SUFeaturesTable::kFeature_Invalid)
-      member.Raise(L"no such feature" + DidYouMean(name, SUFeaturesTable::GetFeatureNames()));
+    if (id == SUFeaturesTable::kFeature_Invalid) {
+      member.Throw(L"no such feature" + DidYouMean(name, SUFeaturesTable::GetFeatureNames()));
+    }
     if (!seen.insert(id).second) {
-      member.Raise(L"the feature " + SUFeaturesTable::GetFeatureNameFromId(id) + L" stands here twice");
+      member.Throw(L"the feature " + SUFeaturesTable::GetFeatureNameFromId(id) + L" stands here twice");
     }
     ReadFeature(member, id, features);
   });
@@ -61,7 +62,7 @@ void ReadFeatures(const JsonCursor& cursor, SUFeaturesTable& features) {
 FeaturePreset CopyOfPreset(const JsonCursor& cursor) {
   const KXString name = cursor.AsText();
   const FeaturePreset* const pPreset = FeaturePresets::Find(name);
-  if (!pPreset) cursor.Raise(L"no such preset" + DidYouMean(name, FeaturePresets::GetNames()));
+  if (!pPreset) cursor.Throw(L"no such preset" + DidYouMean(name, FeaturePresets::GetNames()));
   return *pPreset;
 }
 
@@ -69,7 +70,7 @@ ServerInfo::TargetType ReadTarget(const JsonCursor& cursor) {
   const KXString name = cursor.AsText();
   ServerInfo::TargetType target = ServerInfo::kUnknown;
   if (!ServerInfo::GetTargetEnumFromName(name, target)) {
-    cursor.Raise(L"no such kind of target" + DidYouMean(name, TargetNames()));
+    cursor.Throw(L"no such kind of target" + DidYouMean(name, TargetNames()));
   }
   return target;
 }
@@ -78,15 +79,12 @@ ServerInfo::TargetType ReadTarget(const JsonCursor& cursor) {
 
 FeaturePreset ReadFeaturePreset(const JsonCursor& database, const KXString& name) {
   FeaturePreset described{name, ServerInfo::kUnknown, {}};
-  if (database.Has("preset")) {
-    described = database.Member("preset", CopyOfPreset);
+  if (!database.Has("preset") && !database.Has("target")) database.Report(L"the key preset or target is missing");
+  database.Member("preset", [&](const JsonCursor& preset) {
+    described = CopyOfPreset(preset);
     described.m_name = name;
-  } else if (!database.Has("target")) {
-    database.Raise(L"the key preset or target is missing");
-  }
-  if (database.Has("target")) described.m_targetType = database.Member("target", ReadTarget);
-  if (database.Has("features")) {
-    database.Member("features", [&](const JsonCursor& features) { ReadFeatures(features, described.m_features); });
-  }
+  });
+  database.Member("target", [&](const JsonCursor& target) { described.m_targetType = ReadTarget(target); });
+  database.Member("features", [&](const JsonCursor& features) { ReadFeatures(features, described.m_features); });
   return described;
 }

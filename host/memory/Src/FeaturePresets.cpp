@@ -2,26 +2,28 @@
 
 #include <algorithm>
 
+#include "BuiltInTexts.h"
 #include "FeatureModel.h"
 #include "Host/BaseStringUtil.h"
 #include "Host/ErrorMessage.h"
 #include "Host/KXAssert.h"
-#include "PresetTexts.h"
 
 namespace {
 
 std::vector<FeaturePreset> ReadPresets() {
   std::vector<FeaturePreset> presets;
-  for (const PresetText& preset : GetPresetTexts()) {
+  for (const BuiltInText& preset : GetPresetTexts()) {
     const KXString source = BaseStringUtil::StdStringToString(preset.m_file);
     const Json json = ParseJson(preset.m_text, source);
-    JsonCursor(json, source).Member("databases", [&presets](const JsonCursor& databases) {
+    ModelFaults faults(source);
+    JsonCursor(json, faults).RequiredMember("databases", [&presets](const JsonCursor& databases) {
       databases.ForEachElement([&presets](const JsonCursor& database) {
         KX_ASSERT(!database.Has("preset"));  // presets do not stand on each other
-        const KXString name = database.Member("name", [](const JsonCursor& cursor) { return cursor.AsName(); });
-        presets.push_back(ReadFeaturePreset(database, name));
+        database.RequiredMember(
+            "name", [&](const JsonCursor& name) { presets.push_back(ReadFeaturePreset(database, name.AsName())); });
       });
     });
+    faults.RaiseIfAny();
   }
   return presets;
 }

@@ -133,26 +133,26 @@ Json ParseJson(std::string_view text, const KXString& source) {
 }
 
 bool JsonCursor::AsBoolean() const {
-  if (!m_json.is_boolean()) RaiseUnless(L"true or false");
+  if (!m_json.is_boolean()) ThrowUnless(L"true or false");
   return m_json.get<bool>();
 }
 
 std::uint32_t JsonCursor::AsUInt32() const {
   // A whole number that is not negative is held unsigned; any other is out of range or no whole number.
   if (!m_json.is_number_unsigned() || m_json.get<std::uint64_t>() > UINT32_MAX) {
-    RaiseUnless(L"a whole number from 0 to 4294967295");
+    ThrowUnless(L"a whole number from 0 to 4294967295");
   }
   return m_json.get<std::uint32_t>();
 }
 
 KXString JsonCursor::AsText() const {
-  if (!m_json.is_string()) RaiseUnless(L"text");
+  if (!m_json.is_string()) ThrowUnless(L"text");
   return Wide(m_json.get_ref<const std::string&>());
 }
 
 KXString JsonCursor::AsName() const {
   KXString name = AsText();
-  if (name.empty()) Raise(L"a name must have characters");
+  if (name.empty()) Throw(L"a name must have characters");
   return name;
 }
 
@@ -161,13 +161,19 @@ void JsonCursor::CheckKeys(std::initializer_list<const char*> keys) const {
     if (std::ranges::find(keys, key) != keys.end()) return;
     KXStringVector names;
     for (const char* const pKey : keys) names.push_back(Wide(pKey));
-    member.Raise(L"no such key" + DidYouMean(Wide(key), names));
+    member.Throw(L"no such key" + DidYouMean(Wide(key), names));
   });
 }
 
 bool JsonCursor::Has(const char* pKey) const { return m_json.contains(pKey); }
 
-void JsonCursor::Raise(const KXString& cause) const { RaiseAt(m_source, GetPath(), cause); }
+void JsonCursor::Throw(const KXString& cause) const { throw ModelFault{GetPath(), cause}; }
+
+void JsonCursor::Report(const KXString& cause) const { m_faults.Add({GetPath(), cause}); }
+
+void JsonCursor::ReportMissing(const char* pKey) const {
+  Report(KXString(L"the key ").append(Wide(pKey)).append(L" is missing"));
+}
 
 std::string JsonCursor::GetPath() const {
   std::string path = m_pParent ? m_pParent->GetPath() : std::string();
@@ -179,25 +185,10 @@ std::string JsonCursor::GetPath() const {
   return path;
 }
 
-void JsonCursor::RaiseUnless(const wchar_t* pExpected) const {
+void JsonCursor::ThrowUnless(const KXString& expected) const {
   constexpr std::size_t kMaxShown = 40;
   std::string found = m_json.is_structured() ? std::string(m_json.type_name())
                                              : m_json.dump(-1, ' ', false, Json::error_handler_t::replace);
   if (found.size() > kMaxShown) found = m_json.type_name();
-  Raise(KXString(pExpected).append(L" must stand here, not ").append(Wide(found)));
-}
-
-void JsonCursor::RequireObject() const {
-  if (!m_json.is_object()) RaiseUnless(L"an object");
-}
-
-void JsonCursor::RequireArray() const {
-  if (!m_json.is_array()) RaiseUnless(L"an array");
-}
-
-const Json& JsonCursor::RequiredMember(const char* pKey) const {
-  RequireObject();
-  const auto found = m_json.find(pKey);
-  if (found == m_json.end()) Raise(KXString(L"the key ").append(Wide(pKey)).append(L" is missing"));
-  return *found;
+  Throw(expected + L" must stand here, not " + Wide(found));
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Host/GlobalRpVariables.h"
+#include "Host/InactiveSchemas.h"
 #include "Host/KXAssert.h"
 
 namespace {
@@ -83,6 +84,21 @@ MemoryGateway& MemoryGateway::SetExternal(const VoidID& id) {
   return *this;
 }
 
+MemoryGateway& MemoryGateway::SetSecurityVariableNames(KXStringVector names) {
+  m_securityVariableNames = std::move(names);
+  return *this;
+}
+
+MemoryGateway& MemoryGateway::SetInactiveSchemas(VoidIDSet ids) {
+  m_inactiveSchemaIDs = std::move(ids);
+  return *this;
+}
+
+void MemoryGateway::Publish() const {
+  GlobalRpVariables::SetSecurityVariableNames(m_securityVariableNames);
+  InactiveSchemas::globalInactiveSchemas.SetInactiveSchemas(m_inactiveSchemaIDs);
+}
+
 void MemoryGateway::TakeObject(std::unique_ptr<ARpObject> pObject) {
   KX_ASSERT(pObject);
   ObjectEntry& entry = m_objects[pObject->GetID()];
@@ -99,6 +115,14 @@ MemoryGateway& MemoryGateway::RemoveObject(const VoidID& id) {
     found->second.m_bRemoved = true;
   }
   return *this;
+}
+
+void MemoryGateway::GetObjectIDs(TypeID interfaceType, VoidIDVector& ids) const {
+  ids.clear();
+  for (auto place = m_objects.lower_bound(VoidID(interfaceType, 0u));
+       place != m_objects.end() && place->first.GetInterfaceTypeID() == interfaceType; ++place) {
+    if (!place->second.m_bRemoved) ids.push_back(place->first);
+  }
 }
 
 VoidIDVector MemoryGateway::GetObjectIDs() const {

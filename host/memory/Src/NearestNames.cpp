@@ -23,19 +23,21 @@ std::wstring Reduced(std::wstring_view name) {
   return reduced;
 }
 
-/// How many letters to change, to leave out or to put in make one text of the other.
+/// How many letters to change, to leave out, to put in or to exchange with the next one make one text of the other.
 std::size_t EditDistance(std::wstring_view a, std::wstring_view b) {
-  std::vector<std::size_t> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
+  // The distances of the parts of `b` from the parts of `a` that end at the letter before the last, the last and this.
+  std::vector<std::size_t> beforeLast, last(b.size() + 1), row(b.size() + 1);
+  std::iota(last.begin(), last.end(), std::size_t{0});
   for (std::size_t i = 0; i < a.size(); ++i) {
-    std::size_t diagonal = std::exchange(row[0], i + 1);
+    row[0] = i + 1;
     for (std::size_t j = 0; j < b.size(); ++j) {
-      const std::size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({changed, diagonal + 1, row[j] + 1});
+      row[j + 1] = std::min({last[j] + (a[i] == b[j] ? 0 : 1), last[j + 1] + 1, row[j] + 1});
+      const bool bExchanged = i > 0 && j > 0 && a[i] == b[j - 1] && a[i - 1] == b[j];
+      if (bExchanged) row[j + 1] = std::min(row[j + 1], beforeLast[j - 1] + 1);
     }
+    beforeLast = std::exchange(last, row);
   }
-  return row.back();
+  return last.back();
 }
 
 /// The less, the likelier; nothing if the name is not near.

@@ -31,6 +31,12 @@ const char* WhatItIs(const RqExpr& expr) {
 
 bool IsNegatedIn(SqlNode node) { return TextsOf(node.Get("name")).at(0) == "<>"; }
 
+/// Whether the parser's negation of a test is the NOT of x NOT IN (SELECT ...), which stands behind the x.
+bool IsNotIn(SqlNode negation, SqlNode operand) {
+  return operand.GetKind() == "SubLink" && operand.Get("subLinkType").GetText() == "ANY_SUBLINK" &&
+         operand.Get("operName").IsNone() && negation.GetLocation() > operand.Get("testexpr").GetStart();
+}
+
 bool IsRow(SqlNode node) { return node.GetKind() == "RowExpr"; }
 
 /// The name that a word or a quoted name says; empty for a spelling that is not read here.
@@ -56,7 +62,7 @@ OwnedRqExprCondPtr ParseCondition(std::string_view text) {
 
 OwnedRqExprCondPtr ParseCondition(std::string_view text, SqlContext& context) {
   const SqlCondition condition(text);
-  return ConditionBuilder(condition, context).Build();
+  return ConditionBuilder(text, context).BuildCondition(condition.GetExpression());
 }
 
 int SqlTables::GetNumber(std::span<const std::string> qualifier) {
@@ -88,7 +94,7 @@ OwnedRqExprPtr ConditionBuilder::BuildExpr(SqlNode node) {
       {"NamedArgExpr", nullptr, "a named argument"},
       {"RowExpr", nullptr, "a row of values outside IN"},
       {"SetToDefault", nullptr, "DEFAULT"},
-      {"SubLink", nullptr, "a subquery"},
+      {"SubLink", &ConditionBuilder::BuildSubquery, nullptr},
       {"XmlExpr", nullptr, "XML"},
       {"XmlSerialize", nullptr, "XML"},
   };
@@ -181,8 +187,9 @@ OwnedRqExprPtr ConditionBuilder::BuildConnective(SqlNode node) {
   const std::string_view connective = node.Get("boolop").GetText();
   if (connective == "AND_EXPR") return BuildJunction<RqExprCondAnd>(node);
   if (connective == "OR_EXPR") return BuildJunction<RqExprCondOr>(node);
-  const std::vector<SqlNode> operands = node.Get("args").GetElements();
-  return OwnedRqExprPtr(new RqExprCondNot(BuildCondition(operands.at(0)).Release()));
+  const SqlNode operand = node.Get("args").GetElements().at(0);
+  if (IsNotIn(node, operand)) return BuildInSubquery(operand, true);
+  return OwnedRqExprPtr(new RqExprCondNot(BuildCondition(operand).Release()));
 }
 
 template <class Junction>
@@ -264,6 +271,7 @@ Heap<RqExprColumnListOrdered> ConditionBuilder::BuildRow(SqlNode row, std::size_
 
 OwnedRqExprPtr ConditionBuilder::BuildColumn(SqlNode node) {
   const std::vector<std::string> names = ReadNames(node);
+  if (m_context.m_pScope) return m_context.m_pScope->MakeColumn(names, node);
   return OwnedRqExprPtr(new RqTargetColumn(ToText(names.back()), TableNumberOf(names)));
 }
 
@@ -279,13 +287,12 @@ std::vector<std::string> ConditionBuilder::ReadNames(SqlNode columnRef) const {
 }
 
 std::vector<std::string> ConditionBuilder::ReadNamesFromText(std::size_t offset, std::size_t nNames) const {
-  const std::string_view text = m_condition.GetText();
-  SqlLexer lexer(text, offset);
+  SqlLexer lexer(m_text, offset);
   std::vector<std::string> names;
   while (names.size() < nNames) {
     if (!names.empty()) lexer.Next();  // the point
     const SqlToken token = lexer.Next();
-    names.push_back(NameOf(text.substr(token.m_begin, token.m_end - token.m_begin)));
+    names.push_back(NameOf(m_text.substr(token.m_begin, token.m_end - token.m_begin)));
     if (names.back().empty()) throw SqlError(token.m_begin, "a long name in this spelling is not supported");
   }
   return names;
@@ -298,10 +305,9 @@ int ConditionBuilder::TableNumberOf(const std::vector<std::string>& names) const
 
 OwnedRqExprPtr ConditionBuilder::BuildParameter(SqlNode node) {
   // The parser lets a number that is too large run over, so the text is read.
-  const std::string_view text = m_condition.GetText();
-  const SqlToken token = SqlLexer(text, node.GetLocation()).Next();
+  const SqlToken token = SqlLexer(m_text, node.GetLocation()).Next();
   std::int32_t number = 0;
-  const auto result = std::from_chars(text.data() + token.m_begin + 1, text.data() + token.m_end, number);
+  const auto result = std::from_chars(m_text.data() + token.m_begin + 1, m_text.data() + token.m_end, number);
   if (result.ec != std::errc() || number < 1) {
     throw SqlError(token.m_begin, "the number of a parameter is one from 1 to 2147483647");
   }

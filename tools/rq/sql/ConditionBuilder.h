@@ -10,6 +10,7 @@
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprColumnList.h"
 #include "rq/sql/SqlParser.h"
+#include "rq/sql/SqlScope.h"
 
 struct ScalarFunction;
 
@@ -54,18 +55,25 @@ struct SqlContext {
   SqlTables m_tables;
   /// If not null, a session variable without a value there is an error at its place.
   ARpGateway* m_pSession = nullptr;
+  /// What columns and subqueries stand for. Null where no tables are known: then a column is a name, and there are no
+  /// subqueries.
+  SqlScope* m_pScope = nullptr;
 };
 
 /// The same in a context, which is lent.
 OwnedRqExprCondPtr ParseCondition(std::string_view text, SqlContext& context);
 
-/// Makes the tree of one parsed condition: a method for each kind of node of the parser, found by the kind's name.
+/// Makes the trees of the expressions of a parsed text: a method for each kind of node of the parser, found by the
+/// kind's name.
 class ConditionBuilder {
  public:
-  /// Both are lent.
-  ConditionBuilder(const SqlCondition& condition, SqlContext& context) : m_condition(condition), m_context(context) {}
+  /// Both are lent. The nodes are those of the text.
+  ConditionBuilder(std::string_view text, SqlContext& context) : m_text(text), m_context(context) {}
 
-  OwnedRqExprCondPtr Build() { return BuildCondition(m_condition.GetExpression()); }
+  OwnedRqExprCondPtr BuildCondition(SqlNode node);
+  OwnedRqExprPtr BuildValue(SqlNode node);
+  /// The parts of a name; also of one that the parser has cut. Raises SqlError for the sign for all columns.
+  std::vector<std::string> ReadNames(SqlNode columnRef) const;
 
  private:
   using Method = OwnedRqExprPtr (ConditionBuilder::*)(SqlNode);
@@ -78,8 +86,6 @@ class ConditionBuilder {
   };
 
   OwnedRqExprPtr BuildExpr(SqlNode node);
-  OwnedRqExprCondPtr BuildCondition(SqlNode node);
-  OwnedRqExprPtr BuildValue(SqlNode node);
   OwnedRqExprPtr BuildValueOrNone(SqlNode node) { return node.IsNone() ? OwnedRqExprPtr() : BuildValue(node); }
   OwnedRqExprPtr BuildBy(const Construct* pConstruct, SqlNode node);
 
@@ -95,6 +101,7 @@ class ConditionBuilder {
   OwnedRqExprPtr BuildCoalesce(SqlNode node);
   OwnedRqExprPtr BuildTypeCast(SqlNode node);
   OwnedRqExprPtr BuildValueFunction(SqlNode node);
+  OwnedRqExprPtr BuildSubquery(SqlNode node);
 
   // The forms of operators.
   OwnedRqExprPtr BuildOperator(SqlNode node);
@@ -118,6 +125,15 @@ class ConditionBuilder {
   OwnedRqExprPtr BuildCurrentTime(SqlNode node);
   OwnedRqExprPtr BuildCurrentTimestamp(SqlNode node);
 
+  // The forms of subqueries.
+  OwnedRqExprPtr BuildExists(SqlNode node);
+  OwnedRqExprPtr BuildScalarSubquery(SqlNode node);
+  OwnedRqExprPtr BuildAny(SqlNode node);
+  OwnedRqExprPtr BuildAll(SqlNode node);
+  OwnedRqExprPtr BuildInSubquery(SqlNode node, bool bNegated);
+  template <class Quantified>
+  OwnedRqExprPtr BuildQuantified(SqlNode node);
+
   template <class Junction>
   OwnedRqExprPtr BuildJunction(SqlNode node);
   template <class Binary>
@@ -131,10 +147,9 @@ class ConditionBuilder {
   OwnedRqExprPtr BuildDecimal(std::string_view number, std::size_t offset);
 
   std::int32_t ReadFoldedInteger(std::size_t offset) const;
-  std::vector<std::string> ReadNames(SqlNode columnRef) const;
   std::vector<std::string> ReadNamesFromText(std::size_t offset, std::size_t nNames) const;
   int TableNumberOf(const std::vector<std::string>& names) const;
 
-  const SqlCondition& m_condition;
+  std::string_view m_text;
   SqlContext& m_context;
 };

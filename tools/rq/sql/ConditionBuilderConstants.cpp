@@ -92,13 +92,12 @@ OwnedRqExprPtr ConditionBuilder::BuildConstant(SqlNode node) {
 /// The value of an integer that the parser's tree does not show because it is not above zero: signs, brackets and the
 /// figures, as they stand in the text.
 std::int32_t ConditionBuilder::ReadFoldedInteger(std::size_t offset) const {
-  const std::string_view text = m_condition.GetText();
-  SqlLexer lexer(text, offset);
+  SqlLexer lexer(m_text, offset);
   SqlToken token = lexer.Next();
   bool bNegative = false;
-  for (; token.m_kind == SqlToken::kPunctuation; token = lexer.Next()) bNegative ^= text[token.m_begin] == '-';
+  for (; token.m_kind == SqlToken::kPunctuation; token = lexer.Next()) bNegative ^= m_text[token.m_begin] == '-';
   std::int32_t value = 0;
-  std::from_chars(text.data() + token.m_begin, text.data() + token.m_end, value);
+  std::from_chars(m_text.data() + token.m_begin, m_text.data() + token.m_end, value);
   return bNegative ? -value : value;
 }
 

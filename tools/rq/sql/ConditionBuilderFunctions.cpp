@@ -59,11 +59,10 @@ OwnedRqExprPtr ConditionBuilder::BuildScalar(const ScalarFunction& function, Sql
   const std::vector<SqlNode> nodes = node.Get("args").GetElements();
   if (!IsPlainCall(node) || nodes.size() < function.m_minArguments || nodes.size() > function.m_maxArguments) {
     // The name as it is written, since the parser has others for some functions.
-    const std::string_view text = m_condition.GetText();
-    const SqlToken token = SqlLexer(text, node.GetLocation()).Next();
+    const SqlToken token = SqlLexer(m_text, node.GetLocation()).Next();
     throw SqlError(token.m_begin, "the arguments of " +
-                                      std::string(text.substr(token.m_begin, token.m_end - token.m_begin)) + " are (" +
-                                      std::string(function.m_arguments) + ')');
+                                      std::string(m_text.substr(token.m_begin, token.m_end - token.m_begin)) +
+                                      " are (" + std::string(function.m_arguments) + ')');
   }
   ScalarArguments arguments;
   if (function.m_bBeginsWithWord) arguments.m_word = ReadWord(nodes.front());
@@ -118,6 +117,6 @@ OwnedRqExprPtr ConditionBuilder::BuildTypeCast(SqlNode node) {
   // CAST and :: have a place of their own, a literal has not.
   if (StandsNowhere(node)) return BuildTypedLiteral(node);
   const OwnedRqExprPtr operand = BuildValue(node.Get("arg"));
-  const auto [type, precision, scale] = ReadCastType(node.Get("typeName"), m_condition.GetText());
+  const auto [type, precision, scale] = ReadCastType(node.Get("typeName"), m_text);
   return OwnedRqExprPtr(new RqExprCast(operand.Release(), type, precision, scale));
 }

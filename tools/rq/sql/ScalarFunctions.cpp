@@ -211,7 +211,7 @@ constexpr auto kFunctions = std::to_array<ScalarFunction>({
     Row("locate", "part, text[, start]", Make<RqExprLocate, 0, 1, 2>),
     Row("lower", "text", Make<RqExprLower, 0>),
     Row("ltrim", "text[, characters]", MakeTrim<RqExprTrim::kLeading>),
-    Row("nlssort", "text[, specification]", Make<RqExprNLSSort, 0, 1>),
+    Row("nlssort", "text[, language]", Make<RqExprNLSSort, 0, 1>),
     Row("octet_length", "text", Make<RqExprOctetLength, 0>),
     Row("overlay", "text, new, start, length", Make<RqExprInsert, 0, 2, 3, 1>),
     Row("position", "text, part", Make<RqExprPosition, 1, 0>),

@@ -119,13 +119,18 @@ SqlNode Single(SqlNode array) {
   return elements.size() == 1 ? elements.front() : SqlNode();
 }
 
-SqlTree Parse(std::string_view written) {
+/// The text as it goes to the parser.
+std::string Prepare(std::string_view written) {
   if (written.size() > kMaxSqlBytes) {
-    throw SqlError(kMaxSqlBytes, "the condition is longer than " + std::to_string(kMaxSqlBytes >> 20) + " MiB");
+    throw SqlError(kMaxSqlBytes, "the text is longer than " + std::to_string(kMaxSqlBytes >> 20) + " MiB");
   }
   CheckIsText(written);
   CheckSqlNesting(written);
-  const std::string text = RespellSql(written);
+  return RespellSql(written);
+}
+
+SqlTree ParseFramed(std::string_view written) {
+  const std::string text = Prepare(written);
   std::string statement;
   statement.reserve(kFrameBegin.size() + text.size() + kFrameEnd.size());
   statement.append(kFrameBegin).append(text).append(kFrameEnd);
@@ -134,9 +139,16 @@ SqlTree Parse(std::string_view written) {
   return SqlTree(result.GetJson(), kFrameBegin.size());
 }
 
+SqlTree ParseStatements(std::string_view written) {
+  const std::string text = Prepare(written);
+  const ParseResult result(text);
+  if (const auto& error = result.GetError()) Raise(text, *error, 0);
+  return SqlTree(result.GetJson(), 0);
+}
+
 }  // namespace
 
-SqlCondition::SqlCondition(std::string_view text) : m_text(text), m_tree(Parse(text)) {
+SqlCondition::SqlCondition(std::string_view text) : m_text(text), m_tree(ParseFramed(text)) {
   const SqlNode select = Single(m_tree.GetRoot().Get("stmts")).Get("stmt");
   const SqlNode frame = Single(select.Get("targetList")).Get("val");
   const SqlNode when = Single(frame.Get("args"));
@@ -144,4 +156,17 @@ SqlCondition::SqlCondition(std::string_view text) : m_text(text), m_tree(Parse(t
       frame.GetKind() == "CaseExpr" && when.Get("result").GetLocation() == text.size() + kFrameConstant;
   if (!bIsFrame) RaiseWithoutFrame(RespellSql(text));
   m_expression = when.Get("expr");
+}
+
+SqlQuery::SqlQuery(std::string_view text) : m_text(text), m_tree(ParseStatements(text)) {
+  const std::vector<SqlNode> statements = m_tree.GetRoot().Get("stmts").GetElements();
+  if (statements.empty()) throw SqlError(text.size(), "a query is needed here");
+  if (statements.size() > 1) {
+    const SqlNode second = statements[1];
+    const auto begin = static_cast<std::size_t>(second.Get("stmt_location").GetNumber());
+    const std::size_t place = text.find_first_not_of(" \t\r\n", begin);
+    throw SqlError(place == text.npos ? begin : place, "there is more than one statement");
+  }
+  m_select = statements.front().Get("stmt");
+  if (m_select.GetKind() != "SelectStmt") throw SqlError(SqlLexer(text).Next().m_begin, "this is no query");
 }

@@ -4,7 +4,7 @@
 
 #include "rq/sql/SqlTree.h"
 
-/// The most bytes of a condition. What a parse takes is some hundred times as much.
+/// The most bytes of a text. What a parse takes is some hundred times as much.
 inline constexpr std::size_t kMaxSqlBytes = 16 * 1024 * 1024;
 
 /// The parse tree of one condition of SQL.
@@ -22,4 +22,21 @@ class SqlCondition {
   std::string_view m_text;
   SqlTree m_tree;
   SqlNode m_expression;
+};
+
+/// The parse tree of one query of SQL.
+class SqlQuery {
+ public:
+  /// Parses the text with PostgreSQL's grammar. Raises SqlError if it is not exactly one SELECT or a set operation of
+  /// such; blanks, comments and a semicolon may stand behind it. The text is lent.
+  explicit SqlQuery(std::string_view text);
+
+  std::string_view GetText() const { return m_text; }
+  /// A SelectStmt. Its places are byte offsets in the text.
+  SqlNode GetSelect() const { return m_select; }
+
+ private:
+  std::string_view m_text;
+  SqlTree m_tree;
+  SqlNode m_select;
 };

@@ -65,6 +65,13 @@ class MemoryGateway final : public ARpGateway {
   MemoryGateway& SetRepositoryID(const RepositoryID& id);
   /// Marks the identifier as that of an object outside the repository.
   MemoryGateway& SetExternal(const VoidID& id);
+  /// The session variables that row security goes by. Default none.
+  MemoryGateway& SetSecurityVariableNames(KXStringVector names);
+  /// The schemas whose tables no plan may read. Default none.
+  MemoryGateway& SetInactiveSchemas(VoidIDSet ids);
+  /// Makes this the repository at work for the whole process: gives it these variables and schemas, as
+  /// GlobalRpVariables and InactiveSchemas tell them. To be done before the first request.
+  void Publish() const;
 
   /// Takes the object over and lends it. The gateway must have none of that identifier.
   template <class Object>
@@ -106,6 +113,7 @@ class MemoryGateway final : public ARpGateway {
   std::uint32_t GetRepositoryUniqueID32() const override { return m_repositoryUniqueID; }
   RepositoryID GetRepositoryID() const override { return m_repositoryID; }
   bool IsExternalARpObject(const VoidID& id) override { return m_externalIDs.contains(id); }
+  void GetObjectIDs(TypeID interfaceType, VoidIDVector& ids) const override;
   ARpObject* LookupObject(const VoidID& id) override;
   void AddObjectRef(const VoidID& id) override;
   void ReleaseObjectRef(const VoidID& id) override;
@@ -136,5 +144,7 @@ class MemoryGateway final : public ARpGateway {
   std::uint32_t m_repositoryUniqueID = 0;
   RepositoryID m_repositoryID{0};
   VoidIDSet m_externalIDs;
+  KXStringVector m_securityVariableNames;
+  VoidIDSet m_inactiveSchemaIDs;
   std::map<VoidID, ObjectEntry> m_objects;
 };

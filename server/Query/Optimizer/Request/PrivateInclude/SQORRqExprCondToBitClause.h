@@ -6,6 +6,9 @@
 
 #include "Query/Optimizer/Request/Conditions/SQORAVisitorRqExprCond.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCondHierarchy.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCondQuantified.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCondSpecial.h"
 #include "SQORBitClause.h"
 
 /// The atom table: the bit of each distinct atom. Atoms that are one tree under the total order share a bit; a Not is
@@ -58,24 +61,11 @@ class RqExprCondToBitClause final : public AVisitorRqExprCond {
   bool Visit(RqExprCondLike& cond) override;
   bool Visit(RqExprCondIn& cond) override;
   bool Visit(RqExprCondMultiColumnIn& cond) override;
-  bool Visit(RqExprCondAnyLessThan& cond) override;
-  bool Visit(RqExprCondAnyLessEqual& cond) override;
-  bool Visit(RqExprCondAnyGreaterThan& cond) override;
-  bool Visit(RqExprCondAnyGreaterEqual& cond) override;
-  bool Visit(RqExprCondAnyNotEqual& cond) override;
-  bool Visit(RqExprCondAllLessThan& cond) override;
-  bool Visit(RqExprCondAllLessEqual& cond) override;
-  bool Visit(RqExprCondAllEqual& cond) override;
-  bool Visit(RqExprCondAllGreaterThan& cond) override;
-  bool Visit(RqExprCondAllGreaterEqual& cond) override;
-  bool Visit(RqExprCondExists& cond) override;
   bool Visit(RqExprEvaluatePredicate& cond) override;
-  bool Visit(RqExprIsAncestor& cond) override;
-  bool Visit(RqExprIsSibling& cond) override;
-  bool Visit(RqExprIsLeaf& cond) override;
-  bool Visit(RqExprCondAtomicWrapper& cond) override;
-  bool Visit(RqExprCondGroupByContent& cond) override;
   bool Visit(RqExprCondOuterJoinFilter& cond) override;
+#define RQ_OPAQUE_COND(Class) \
+  bool Visit(Class& cond) override { return SetAtom(cond); }
+#include "Query/Optimizer/Request/Conditions/SQOROpaqueConds.def"
 
  private:
   /// The atoms of the table sorted by address: most atoms are found without comparing any trees.

@@ -1,6 +1,17 @@
 #include "Query/Optimizer/Request/Blocks/SQORRqAbstractTable.h"
 
 #include "Host/DataBlobUtil.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqTableReference.h"
+
+bool RqAbstractTable::IsTableReferenceJoinTree() const {
+  const RqAbstractTable* pTable = this;
+  while (pTable && pTable->IsTableReference()) {
+    const auto* const pTableRef = static_cast<const RqTableReference*>(pTable);
+    pTable = pTableRef->GetLeftTable();
+    if (pTable && pTableRef->GetRightTable()) return true;
+  }
+  return false;
+}
 
 bool RqIdentifiedTable::IsEquivalent(const RqAbstractTable& rhs) const {
   return RqAbstractTable::IsEquivalent(rhs) &&

@@ -5,6 +5,11 @@
 
 #include "Host/KXThread.h"
 #include "Host/PropertyValue.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqDerivedTable.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqJoinSpec.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqList.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqTableReference.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprSubquery.h"
 #include "Query/Optimizer/Request/Conditions/SQORToCNF.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprLiteral.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprSessionVar.h"
@@ -202,6 +207,13 @@ void ForEachDisjunct(const RqExpr* pExpr, Function function) {
   for (int i = 0; i < pCond->GetNumOperands(); ++i) ForEachDisjunct(pCond->GetIthOperand(i), function);
 }
 
+/// What a column of an inner block computes; any other expression as it is.
+const RqExpr* WithoutReference(const RqExpr* pExpr) {
+  if (!pExpr->IsDerivedColumnReference()) return pExpr;
+  const RqExpr* const pColumnExpr = static_cast<const RqDerivedColumnReference&>(*pExpr).GetDerivedColumn()->GetExpr();
+  return pColumnExpr ? pColumnExpr : pExpr;
+}
+
 /// A disjunct, and what it says as a comparison, which is worked out when it is first asked for.
 class Disjunct {
  public:
@@ -214,6 +226,7 @@ class Disjunct {
     if (!m_bRead) {
       ColumnComparison comparison;
       if (ExtractColexprOpConstant(pRp, m_pExpr, comparison.m_pColumn, comparison.m_value, comparison.m_op)) {
+        comparison.m_pColumn = WithoutReference(comparison.m_pColumn);
         m_comparison = std::move(comparison);
       }
       m_bRead = true;
@@ -242,9 +255,8 @@ class Conjunct {
       ForEachDisjunct(m_pExpr, [&exprs](const RqExpr* pExpr) { exprs.push_back(pExpr); });
       const LessEquivalentRqExpr less;
       std::ranges::stable_sort(exprs, less);
-      const auto repeats = std::ranges::unique(
-          exprs, [less](const RqExpr* pFirst, const RqExpr* pNext) { return !less(pFirst, pNext); });
-      exprs.erase(repeats.begin(), repeats.end());
+      const auto isRepeat = [less](const RqExpr* pFirst, const RqExpr* pNext) { return !less(pFirst, pNext); };
+      exprs.erase(std::unique(exprs.begin(), exprs.end(), isRepeat), exprs.end());
       m_disjuncts.reserve(exprs.size());
       for (const RqExpr* const pExpr : exprs) m_disjuncts.emplace_back(pExpr);
     }
@@ -277,22 +289,59 @@ class Conjunct {
 bool IsIn(RqNodeType_e type) { return type == kRqExprCondIn || type == kRqExprCondMultiColumnIn; }
 
 /// The compiled subquery that an In searches; null if it searches something else.
-const RqExpr* GetPhysicalSubquery(const RqExprCondIn& cond) {
+const RqExprPhysicalSubquery* GetPhysicalSubquery(const RqExprCondIn& cond) {
   const RqExpr* const pValues = cond.GetIthOperand(RqExprCondIn::kInValues);
-  return pValues && pValues->GetObjectType() == kRqExprPhysicalSubquery ? pValues : nullptr;
+  if (!pValues || pValues->GetObjectType() != kRqExprPhysicalSubquery) return nullptr;
+  return static_cast<const RqExprPhysicalSubquery*>(pValues);
 }
 
-/// Whether both are Ins of one search in one subquery, and both plain or both negated.
-bool AreInsOfOneSubquery(const RqExpr& a, const RqExpr& b) {
+/// The list that a block does no more than wrap, select list aside: SELECT ... FROM (list), without any clause. Null if
+/// the block is no such wrapper.
+const RqAbstractList* GetWrappedList(const RqAbstractList* pBlock) {
+  if (!pBlock || !pBlock->IsRqList()) return nullptr;
+  const auto& list = static_cast<const RqList&>(*pBlock);
+  if (list.GetDetailFilter() || list.GetSummaryFilter() || list.GetGroupBy() || list.GetHaving() || list.GetOrderBy()) {
+    return nullptr;
+  }
+  const RqJoinSpec* const pJoinSpec = list.GetJoinSpec();
+  if (!pJoinSpec || pJoinSpec->GetNumTableReferences() != 1) return nullptr;
+  const RqTableReference* const pReference = pJoinSpec->GetIthTableReference(0);
+  if (!pReference || !pReference->IsDerivedTableReference()) return nullptr;
+  return pReference->GetDerivedTable()->GetInnerList();
+}
+
+/// Whether each list has one column, and that of the wrapper is one of an inner block as it is.
+bool PassesOnSoleColumn(const RqAbstractList& wrapper, const RqAbstractList& inner) {
+  const RqProjection* const pWrapper = wrapper.GetProjection();
+  const RqProjection* const pInner = inner.GetProjection();
+  if (!pWrapper || !pInner || pWrapper->GetNumColumns() != 1 || pInner->GetNumColumns() != 1) return false;
+  const RqExpr* const pExpr = pWrapper->GetIthColumn(0)->GetExpr();
+  return pExpr && pExpr->IsDerivedColumnReference();
+}
+
+/// Whether both are Ins of one search in one subquery, and both plain or both negated. The subquery of a may also wrap
+/// that of b; bEquivalent then tells whether it gives the same rows. Wanted: a wrapper counts though it may give other
+/// columns than b has.
+bool AreInsOfOneSubquery(ARpGateway* pRp, const RqExpr& a, const RqExpr& b, bool& bEquivalent) {
   if (!IsIn(a.GetObjectType()) || a.GetObjectType() != b.GetObjectType()) return false;
   const auto& inA = static_cast<const RqExprCondIn&>(a);
   const auto& inB = static_cast<const RqExprCondIn&>(b);
-  const RqExpr* const pSubqueryA = GetPhysicalSubquery(inA);
-  const RqExpr* const pSubqueryB = GetPhysicalSubquery(inB);
+  const RqExprPhysicalSubquery* const pSubqueryA = GetPhysicalSubquery(inA);
+  const RqExprPhysicalSubquery* const pSubqueryB = GetPhysicalSubquery(inB);
   const RqEquivalence equivalent;
-  return pSubqueryA && pSubqueryB && inA.IsNegated() == inB.IsNegated() &&
-         equivalent(*inA.GetIthOperand(RqExprCondIn::kSearchExpr), *inB.GetIthOperand(RqExprCondIn::kSearchExpr)) &&
-         equivalent(*pSubqueryA, *pSubqueryB);
+  if (!pSubqueryA || !pSubqueryB || inA.IsNegated() != inB.IsNegated() ||
+      !equivalent(*inA.GetIthOperand(RqExprCondIn::kSearchExpr), *inB.GetIthOperand(RqExprCondIn::kSearchExpr))) {
+    return false;
+  }
+  if (equivalent(*pSubqueryA, *pSubqueryB)) {
+    bEquivalent = true;
+    return true;
+  }
+  const RqAbstractList* const pWrapper = pSubqueryA->GetSubqueryRqAbstractList();
+  const RqAbstractList* const pInner = GetWrappedList(pWrapper);
+  if (!pInner || RqExprPhysicalSubquery::RenderBlock(*pInner, pRp) != pSubqueryB->GetSubqueryDumpout()) return false;
+  bEquivalent = PassesOnSoleColumn(*pWrapper, *pInner);
+  return true;
 }
 
 /// Whether the rows of one list all stand in another. Cost: the product of their lengths.
@@ -365,10 +414,11 @@ bool IsContainedBy(ARpGateway* pRp, Conjunct& a, Conjunct& b, bool& bEquivalent)
     return true;
   }
   if (!a.GetExpr()) return false;
-  if (AreSameExpr(*a.GetExpr(), *b.GetExpr()) || AreInsOfOneSubquery(*a.GetExpr(), *b.GetExpr())) {
+  if (AreSameExpr(*a.GetExpr(), *b.GetExpr())) {
     bEquivalent = true;
     return true;
   }
+  if (AreInsOfOneSubquery(pRp, *a.GetExpr(), *b.GetExpr(), bEquivalent)) return true;
   return AreDisjunctsContained(pRp, a, b, bEquivalent);
 }
 

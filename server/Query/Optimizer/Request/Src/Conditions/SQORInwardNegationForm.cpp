@@ -3,9 +3,6 @@
 #include <type_traits>
 
 #include "Host/KXThread.h"
-#include "Query/Optimizer/Request/Conditions/SQORRqExprCondHierarchy.h"
-#include "Query/Optimizer/Request/Conditions/SQORRqExprCondQuantified.h"
-#include "Query/Optimizer/Request/Conditions/SQORRqExprCondSpecial.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprColumnList.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprLiteral.h"
 
@@ -211,86 +208,6 @@ bool NegationRewriter<Derived>::Visit(RqExprCondMultiColumnIn& cond) {
   // Wanted: no caller negates one, and if it happens the column list below ends the process.
   if constexpr (Derived::kNegates) return AVisitorRqExprCond::Visit(cond);
   return SetAtom(Copy(cond));
-}
-
-template <class Derived>
-bool NegationRewriter<Derived>::Visit(RqExprCondAnyLessThan& cond) {
-  return SetOpaqueCopy(cond);
-}
-
-template <class Derived>
-bool NegationRewriter<Derived>::Visit(RqExprCondAnyLessEqual& cond) {
-  return SetOpaqueCopy(cond);
-}
-
-template <class Derived>
-bool NegationRewriter<Derived>::Visit(RqExprCondAnyGreaterThan& cond) {
-  return SetOpaqueCopy(cond);
-}
-
-template <class Derived>
-bool NegationRewriter<Derived>::Visit(RqExprCondAnyGreaterEqual& cond) {
-  return SetOpaqueCopy(cond);
-}
-
-template <class Derived>
-bool NegationRewriter<Derived>::Visit(RqExprCondAnyNotEqual& cond) {
-  return SetOpaqueCopy(cond);
-}
-
-template <class Derived>
-bool NegationRewriter<Derived>::Visit(RqExprCondAllLessThan& cond) {
-  return SetOpaqueCopy(cond);
-}
-
-template <class Derived>
-bool NegationRewriter<Derived>::Visit(RqExprCondAllLessEqual& cond) {
-  return SetOpaqueCopy(cond);
-}
-
-template <class Derived>
-bool NegationRewriter<Derived>::Visit(RqExprCondAllEqual& cond) {
-  return SetOpaqueCopy(cond);
-}
-
-template <class Derived>
-bool NegationRewriter<Derived>::Visit(RqExprCondAllGreaterThan& cond) {
-  return SetOpaqueCopy(cond);
-}
-
-template <class Derived>
-bool NegationRewriter<Derived>::Visit(RqExprCondAllGreaterEqual& cond) {
-  return SetOpaqueCopy(cond);
-}
-
-template <class Derived>
-bool NegationRewriter<Derived>::Visit(RqExprCondExists& cond) {
-  return SetOpaqueCopy(cond);
-}
-
-template <class Derived>
-bool NegationRewriter<Derived>::Visit(RqExprCondGroupByContent& cond) {
-  return SetOpaqueCopy(cond);
-}
-
-template <class Derived>
-bool NegationRewriter<Derived>::Visit(RqExprIsAncestor& cond) {
-  return SetOpaqueCopy(cond);
-}
-
-template <class Derived>
-bool NegationRewriter<Derived>::Visit(RqExprIsSibling& cond) {
-  return SetOpaqueCopy(cond);
-}
-
-template <class Derived>
-bool NegationRewriter<Derived>::Visit(RqExprIsLeaf& cond) {
-  return SetOpaqueCopy(cond);
-}
-
-template <class Derived>
-bool NegationRewriter<Derived>::Visit(RqExprCondAtomicWrapper& cond) {
-  return SetOpaqueCopy(cond);
 }
 
 template class NegationRewriter<InwardNegationForm>;

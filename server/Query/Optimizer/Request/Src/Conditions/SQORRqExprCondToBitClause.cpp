@@ -2,10 +2,6 @@
 
 #include <algorithm>
 
-#include "Query/Optimizer/Request/Conditions/SQORRqExprCondHierarchy.h"
-#include "Query/Optimizer/Request/Conditions/SQORRqExprCondQuantified.h"
-#include "Query/Optimizer/Request/Conditions/SQORRqExprCondSpecial.h"
-
 RqExprCondToBitClause::RqExprCondToBitClause(const LiteralIndexMap& literalIndexMap)
     : m_literalIndexMap(literalIndexMap),
       m_ownedAddressIndex(literalIndexMap.begin(), literalIndexMap.end()),
@@ -69,23 +65,7 @@ bool RqExprCondToBitClause::Visit(RqExprCondIsNull& cond) { return SetAtom(cond)
 bool RqExprCondToBitClause::Visit(RqExprCondLike& cond) { return SetAtom(cond); }
 bool RqExprCondToBitClause::Visit(RqExprCondIn& cond) { return SetAtom(cond); }
 bool RqExprCondToBitClause::Visit(RqExprCondMultiColumnIn& cond) { return SetAtom(cond); }
-bool RqExprCondToBitClause::Visit(RqExprCondAnyLessThan& cond) { return SetAtom(cond); }
-bool RqExprCondToBitClause::Visit(RqExprCondAnyLessEqual& cond) { return SetAtom(cond); }
-bool RqExprCondToBitClause::Visit(RqExprCondAnyGreaterThan& cond) { return SetAtom(cond); }
-bool RqExprCondToBitClause::Visit(RqExprCondAnyGreaterEqual& cond) { return SetAtom(cond); }
-bool RqExprCondToBitClause::Visit(RqExprCondAnyNotEqual& cond) { return SetAtom(cond); }
-bool RqExprCondToBitClause::Visit(RqExprCondAllLessThan& cond) { return SetAtom(cond); }
-bool RqExprCondToBitClause::Visit(RqExprCondAllLessEqual& cond) { return SetAtom(cond); }
-bool RqExprCondToBitClause::Visit(RqExprCondAllEqual& cond) { return SetAtom(cond); }
-bool RqExprCondToBitClause::Visit(RqExprCondAllGreaterThan& cond) { return SetAtom(cond); }
-bool RqExprCondToBitClause::Visit(RqExprCondAllGreaterEqual& cond) { return SetAtom(cond); }
-bool RqExprCondToBitClause::Visit(RqExprCondExists& cond) { return SetAtom(cond); }
 bool RqExprCondToBitClause::Visit(RqExprEvaluatePredicate& cond) { return SetAtom(cond); }
-bool RqExprCondToBitClause::Visit(RqExprIsAncestor& cond) { return SetAtom(cond); }
-bool RqExprCondToBitClause::Visit(RqExprIsSibling& cond) { return SetAtom(cond); }
-bool RqExprCondToBitClause::Visit(RqExprIsLeaf& cond) { return SetAtom(cond); }
-bool RqExprCondToBitClause::Visit(RqExprCondAtomicWrapper& cond) { return SetAtom(cond); }
-bool RqExprCondToBitClause::Visit(RqExprCondGroupByContent& cond) { return SetAtom(cond); }
 
 // The inward negation form has dropped these.
 bool RqExprCondToBitClause::Visit(RqExprCondOuterJoinFilter&) { KX_LOGIC_ERROR(L""); }

@@ -4,6 +4,8 @@
 
 #include "Host/DataBlobUtil.h"
 #include "Host/MetadataUtil.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqAbstractList.h"
+#include "Query/Optimizer/Request/PlanCache/SQORCacheUtils.h"
 
 // ---------------------------------------------------------------------------------------------------------------------
 // RqExprSubqueryByText
@@ -90,13 +92,37 @@ const_iterator RqExprLogicalSubquery::FromByteVector(const_iterator start) {
 // ---------------------------------------------------------------------------------------------------------------------
 // RqExprPhysicalSubquery
 
+RqExprPhysicalSubquery::RqExprPhysicalSubquery() = default;
+
+RqExprPhysicalSubquery::RqExprPhysicalSubquery(RqAbstractList* pSubquery, ARpGateway* pRp) {
+  RqExprPhysicalSubquery::SetSubquery(pSubquery, pRp);
+}
+
 RqExprPhysicalSubquery::RqExprPhysicalSubquery(const RqExprPhysicalSubquery& rhs, bool bNewIDs, bool bDeepCopy)
     : RqExprSubqueryByText(rhs, bNewIDs, bDeepCopy),
+      m_pSubquery(rhs.m_pSubquery ? static_cast<RqAbstractList*>(rhs.m_pSubquery->NestedDeepCopy(bNewIDs)) : nullptr),
       m_CRCforDumpout(rhs.m_CRCforDumpout),
       m_subqueryDumpout(rhs.m_subqueryDumpout),
       m_commonExprName(rhs.m_commonExprName),
       m_shippableTargets(rhs.m_shippableTargets),
       m_bIsHighVolume(rhs.m_bIsHighVolume) {}
+
+RqExprPhysicalSubquery::~RqExprPhysicalSubquery() = default;
+
+KXString RqExprPhysicalSubquery::RenderBlock(const RqAbstractList& block, ARpGateway* pRp) {
+  return CacheUtils::Dumpout(block, false, false, pRp, false, nullptr, false, false, KXString(), true);
+}
+
+void RqExprPhysicalSubquery::SetSubquery(RqAbstractList* pSubquery, ARpGateway* pRp) {
+  static_cast<void>(m_pSubquery.Release());
+  m_pSubquery = pSubquery;
+  if (pSubquery) {
+    SetText(RenderBlock(*pSubquery, pRp));
+  } else {
+    m_subqueryDumpout.clear();
+    m_CRCforDumpout = 0;
+  }
+}
 
 void RqExprPhysicalSubquery::ToByteVector(ByteVector& bv) {
   RqExprSubqueryByText::ToByteVector(bv);

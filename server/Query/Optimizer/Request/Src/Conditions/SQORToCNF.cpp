@@ -38,8 +38,6 @@ bool IsScoreAboveLimit(const RqExprCond& cond, bool bNegated, int complexityLimi
   return limit != 0 && InwardNegationForm::CheckComplexityScore(&cond, bNegated, limit) > limit;
 }
 
-using ConstRqExprSet = std::set<const RqExpr*, LessEquivalentRqExpr>;
-
 /// Whether the condition has more distinct atoms than limit. Ends with the first that is one too many.
 bool CheckComplexityUniqueConds(const RqExprCond& cond, ConstRqExprSet& atoms, std::size_t limit) {
   KXThread::LowStackCheck(0);

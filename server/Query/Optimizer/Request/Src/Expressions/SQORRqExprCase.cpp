@@ -54,36 +54,24 @@ void RqExprCoalesce::AddValueExpr(OwnedRqExprPtr valueExpr) {
 // RqExprCast
 
 bool RqExprCast::IsCastType(KXDataType type) {
-  switch (type) {
-    case KXBitData:
-    case KXCharData:
-    case KXVarCharData:
-    case KXLongVarCharData:
-    case KXBinaryData:
-    case KXVarBinaryData:
-    case KXLongVarBinaryData:
-    case KXInt2Data:
-    case KXInt4Data:
-    case KXFloatData:
-    case KXDoubleData:
-    case KXNumericData:
-    case KXDecimalData:
-    case KXDateData:
-    case KXTimeData:
-    case KXDateTimeData:
-    case KXTimeStampData:
+  switch (SUKXDataTypeUtility::GetKXTypeClass(type)) {
+    case KXTypeClass::kBit:
+    case KXTypeClass::kText:
+    case KXTypeClass::kBinary:
+    case KXTypeClass::kFloat:
+    case KXTypeClass::kDecimal:
+    case KXTypeClass::kDate:
+    case KXTypeClass::kTime:
+    case KXTypeClass::kDateTime:
       return true;
-    case KXInt1Data:
-    case KXUInt1Data:
-    case KXUInt2Data:
-    case KXUInt4Data:
-    case KXMoneyData:
-    case KXIntervalData:
-    case KXObjectData:
-    case KXBoolean:
-    case KXUnknown:
-    case KXMaxType:
-      break;
+    case KXTypeClass::kInteger:
+      return type == KXInt2Data || type == KXInt4Data;
+    case KXTypeClass::kMoney:
+    case KXTypeClass::kInterval:
+    case KXTypeClass::kObject:
+    case KXTypeClass::kBoolean:
+    case KXTypeClass::kUnknown:
+      return false;
   }
   return false;
 }

@@ -102,41 +102,28 @@ const_iterator RqExprLiteral::FromByteVector(const_iterator start) {
 }
 
 RqExprLiteral* RqExprLiteral::MakeRqExprLiteral(const TypedFieldValue& rhs) {
-  switch (rhs.GetKXDataType()) {
-    case KXBitData:
-    case KXCharData:
-    case KXVarCharData:
-    case KXLongVarCharData:
-    case KXBinaryData:
-    case KXVarBinaryData:
-    case KXLongVarBinaryData:
-    case KXIntervalData:
-    case KXObjectData:
-    case KXBoolean:
-    case KXUnknown:
+  switch (SUKXDataTypeUtility::GetKXTypeClass(rhs.GetKXDataType())) {
+    case KXTypeClass::kBit:
+    case KXTypeClass::kText:
+    case KXTypeClass::kBinary:
+    case KXTypeClass::kInterval:
+    case KXTypeClass::kObject:
+    case KXTypeClass::kBoolean:
+    case KXTypeClass::kUnknown:
       return new RqExprStringLiteral(rhs.ToString());
-    case KXInt1Data:
-    case KXUInt1Data:
-    case KXInt2Data:
-    case KXUInt2Data:
-    case KXInt4Data:
-    case KXUInt4Data:
+    case KXTypeClass::kInteger:
       return new RqExprIntegerLiteral(rhs.ToInteger(), false);
-    case KXFloatData:
-    case KXDoubleData:
+    case KXTypeClass::kFloat:
       return new RqExprFloatLiteral(rhs.ToFloat());
-    case KXNumericData:
-    case KXDecimalData:
+    case KXTypeClass::kDecimal:
       return new RqExprNumberLiteral(rhs.ToNumber());
-    case KXDateData:
+    case KXTypeClass::kDate:
       return new RqExprDateLiteral(rhs.ToDate());
-    case KXTimeData:
+    case KXTypeClass::kTime:
       return new RqExprTimeLiteral(rhs.ToTime());
-    case KXDateTimeData:
-    case KXTimeStampData:
+    case KXTypeClass::kDateTime:
       return new RqExprDateTimeLiteral(rhs.ToDateTime(), 0);
-    case KXMoneyData:
-    case KXMaxType:
+    case KXTypeClass::kMoney:
       break;
   }
   KX_LOGIC_ERROR(L"");

@@ -3,6 +3,7 @@
 #include <list>
 
 #include "Host/KXAssert.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqDerivedColumn.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprExternal.h"
 #include "Query/Optimizer/Request/Node/SQORRqNodeUtil.h"
@@ -131,6 +132,14 @@ void ConjunctUtility::UnNegateTopNBottomNConjuncts(OwnedRqExprCondVector& conjun
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Sweeps
+
+void RqExprUtility::GetAllDerivedColumnReferences(const RqNode* pNode,
+                                                  std::vector<RqDerivedColumnReference*>& references) {
+  references.clear();
+  std::list<RqNode*> nodes;
+  FindNodes(const_cast<RqNode*>(pNode), RqNode::IsObjectType(kRqDerivedColumnReference), nodes, false);
+  for (RqNode* const pReference : nodes) references.push_back(static_cast<RqDerivedColumnReference*>(pReference));
+}
 
 void RqExprUtility::RemoveExternalJoiningIndexes(RqExpr* pExpr) {
   std::list<RqNode*> externalData;

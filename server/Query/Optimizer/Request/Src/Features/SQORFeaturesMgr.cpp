@@ -8,6 +8,8 @@
 #include "Host/GlobalRpVariables.h"
 #include "Host/KXAssert.h"
 #include "Host/SUStringConstants.h"
+#include "Host/SUSystemConfig.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqOrderBy.h"
 
 namespace {
 
@@ -114,40 +116,27 @@ const Conversion* FindConversion(KXDataType type) {
 
 /// The feature by which constants of the type can be written; none for types that have no constants.
 std::optional<FeatureId> LiteralFeatureOf(KXDataType type) {
-  switch (type) {
-    case KXCharData:
-    case KXVarCharData:
-    case KXLongVarCharData:
+  switch (SUKXDataTypeUtility::GetKXTypeClass(type)) {
+    case KXTypeClass::kText:
       return SUFeaturesTable::kFeature_StringLiteral;
-    case KXInt1Data:
-    case KXUInt1Data:
-    case KXInt2Data:
-    case KXUInt2Data:
-    case KXInt4Data:
-    case KXUInt4Data:
+    case KXTypeClass::kInteger:
       return SUFeaturesTable::kFeature_IntegerLiteral;
-    case KXFloatData:
-    case KXDoubleData:
-    case KXMoneyData:
-    case KXNumericData:
-    case KXDecimalData:
+    case KXTypeClass::kFloat:
+    case KXTypeClass::kMoney:
+    case KXTypeClass::kDecimal:
       return SUFeaturesTable::kFeature_FloatLiteral;
-    case KXDateData:
+    case KXTypeClass::kDate:
       return SUFeaturesTable::kFeature_DateLiteral;
-    case KXTimeData:
+    case KXTypeClass::kTime:
       return SUFeaturesTable::kFeature_TimeLiteral;
-    case KXDateTimeData:
-    case KXTimeStampData:
+    case KXTypeClass::kDateTime:
       return SUFeaturesTable::kFeature_DateTimeLiteral;
-    case KXBitData:
-    case KXBinaryData:
-    case KXVarBinaryData:
-    case KXLongVarBinaryData:
-    case KXIntervalData:
-    case KXObjectData:
-    case KXBoolean:
-    case KXUnknown:
-    case KXMaxType:
+    case KXTypeClass::kBit:
+    case KXTypeClass::kBinary:
+    case KXTypeClass::kInterval:
+    case KXTypeClass::kObject:
+    case KXTypeClass::kBoolean:
+    case KXTypeClass::kUnknown:
       return std::nullopt;
   }
   return std::nullopt;
@@ -202,39 +191,9 @@ std::uint32_t FeaturesMgr::GetMaxOrderByColumns(const Ref<ADatabase>& refDatabas
 }
 
 bool FeaturesMgr::IsTypeGroupByCompatible(ServerInfo::TargetType, KXDataType type) {
-  switch (type) {
-    case KXBinaryData:
-    case KXVarBinaryData:
-    case KXLongVarBinaryData:
-    case KXObjectData:
-    case KXBoolean:
-      return false;
-    case KXUnknown:
-      KX_LOGIC_ERROR(L"");
-    case KXBitData:
-    case KXCharData:
-    case KXVarCharData:
-    case KXLongVarCharData:
-    case KXInt1Data:
-    case KXUInt1Data:
-    case KXInt2Data:
-    case KXUInt2Data:
-    case KXInt4Data:
-    case KXUInt4Data:
-    case KXFloatData:
-    case KXDoubleData:
-    case KXMoneyData:
-    case KXNumericData:
-    case KXDecimalData:
-    case KXDateData:
-    case KXTimeData:
-    case KXDateTimeData:
-    case KXTimeStampData:
-    case KXIntervalData:
-    case KXMaxType:
-      return true;
-  }
-  return true;
+  const KXTypeClass typeClass = SUKXDataTypeUtility::GetKXTypeClass(type);
+  if (typeClass == KXTypeClass::kUnknown) KX_LOGIC_ERROR(L"");
+  return typeClass != KXTypeClass::kBinary && typeClass != KXTypeClass::kObject && typeClass != KXTypeClass::kBoolean;
 }
 
 bool FeaturesMgr::IsTypedLiteralSupported(const Ref<ADatabase>& database, const KXDataType& type, ARpGateway* gateway) {
@@ -253,4 +212,29 @@ bool FeaturesMgr::IsConversionSupported(const Ref<ADatabase>& database, KXDataTy
 bool FeaturesMgr::IsConversionBitOn(std::uint32_t mask, KXDataType type) {
   const Conversion* const pTarget = FindConversion(type);
   return pTarget && (mask >> pTarget->m_bit & 1) != 0;
+}
+
+bool FeaturesMgr::IsSortPushable(const Ref<ADatabase>& database, const RqOrderBy& orderBy, ARpGateway* gateway,
+                                 bool bStrictNullOrder) {
+  const KXString locale = GetStringFeatureValue(database, SUFeaturesTable::kFeature_SortOrderLocale, gateway);
+  const auto numKeys = static_cast<std::size_t>(orderBy.GetNumChildren());
+  if (!IsSupportedFeature(database, SUFeaturesTable::kFeature_OrderBy, gateway) ||
+      numKeys > GetMaxOrderByColumns(database, gateway)) {
+    return false;
+  }
+  const KXTypeInfoVector& types = orderBy.GetStickyTypes();
+  const bool bTypesKnown = types.size() == numKeys;
+  const auto isText = [](const KXTypeInfo& type) { return SUKXDataTypeUtility::IsKXTextType(type.type_); };
+  const auto isNullable = [](const KXTypeInfo& type) { return type.nullable_ != 0; };
+  if (!bTypesKnown || std::ranges::any_of(types, isText)) {
+    if (!BaseStringUtil::IsCaseInsensitiveMatch(locale, SUSystemConfig::GetSystemConfig().GetSortOrderLocale())) {
+      return false;
+    }
+  }
+  if (bTypesKnown && std::ranges::none_of(types, isNullable)) return true;
+  if (IsSupportedFeature(database, SUFeaturesTable::kFeature_NullsSortDirectionInOrderBy, gateway)) return true;
+  if (!bStrictNullOrder && IsSupportedFeature(database, SUFeaturesTable::kFeature_ExpressionsInOrderBy, gateway)) {
+    return true;
+  }
+  return !orderBy.NeedHiddenColumnForNullSortOrder(database, gateway);
 }

@@ -7,8 +7,12 @@
 #include "Host/KXAssert.h"
 #include "Host/KXThread.h"
 #include "Host/MemAlloc.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqAbstractList.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqDerivedColumn.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqGroupBy.h"
 #include "Query/Optimizer/Request/Node/SQORAVisitorRqNode.h"
 #include "Query/Optimizer/Request/Node/SQORRqHandleNode.h"
+#include "Query/Optimizer/Request/Node/SQORRqNodeUtil.h"
 
 static_assert(sizeof(RqNode) == 64, "a plain node is one cache line");
 
@@ -32,6 +36,24 @@ RqNode::RqNode(const RqNode& rhs, bool bNewIDs, bool bDeepCopy)
 
 RqNode::~RqNode() { MemoryDataCollector::DecrRqNodeCounter(1); }
 
+namespace {
+
+/// Gives the column referred to the break status of the column that now stands for it, unless it has a stronger one of
+/// its own or stands in a branch of a union.
+void HandDownBreakStatus(const RqDerivedColumn& column, const RqDerivedColumnReference& reference) {
+  RqDerivedColumn* const pReferencedColumn = reference.GetDerivedColumn();
+  const RqAbstractList* const pBlock = pReferencedColumn->GetRqAbstractListContainer();
+  if (!pBlock || !pBlock->GetParent() || !pBlock->IsRqList() || pBlock->GetParent()->GetObjectType() == kRqUnion) {
+    return;
+  }
+  const RqDerivedColumn::BreakStatus status = pReferencedColumn->GetBreakStatus();
+  if (status != RqDerivedColumn::kUnknownBreakStatus && status != RqDerivedColumn::kNoDuplicates) return;
+  if (column.GetBreakStatus() == RqDerivedColumn::kUnknownBreakStatus) return;
+  pReferencedColumn->SetBreakStatus(column.GetBreakStatus());
+}
+
+}  // namespace
+
 void RqNode::Replace(RqNode* pReplacement, RqNode& releaseContainer) {
   RqNode* const pParent = GetParent();
   if (!pParent) {
@@ -42,6 +64,11 @@ void RqNode::Replace(RqNode* pReplacement, RqNode& releaseContainer) {
   KX_ASSERT(childIndex >= 0 && childIndex < pParent->GetNumChildren());
   releaseContainer.AddChild(pParent->ReleaseIthChild(childIndex));
   pParent->SetIthChild(childIndex, pReplacement);
+  if (pParent->GetObjectType() == kRqDerivedColumn && pReplacement &&
+      pReplacement->GetObjectType() == kRqDerivedColumnReference) {
+    HandDownBreakStatus(static_cast<const RqDerivedColumn&>(*pParent),
+                        static_cast<const RqDerivedColumnReference&>(*pReplacement));
+  }
 }
 
 AVisitorRqNode& RqNode::Tour(AVisitorRqNode& visitor) {
@@ -93,6 +120,26 @@ void RqNode::GetPtrMap(const RqNode& rhs, std::map<RqNode*, RqNode*>& childMap) 
   GetObjects(lhsNodes);
   KX_ASSERT(lhsNodes.size() == rhsNodes.size());
   for (auto pLhs = lhsNodes.begin(); RqNode * pRhs : rhsNodes) childMap.emplace(pRhs, *pLhs++);
+}
+
+RqNode* RqNode::NestedDeepCopy(bool bNewIDs) const {
+  Heap<RqNode> copy(DeepCopy(bNewIDs));
+  std::map<RqNode*, RqNode*> copies;
+  copy->GetPtrMap(*this, copies);
+  std::list<RqNode*> groupBys;
+  FindNodes(copy.Get(), IsObjectType(kRqGroupBy), groupBys, false);
+  const IsObjectType isReference(kRqDerivedColumnReference);
+  std::list<RqNode*> references;
+  FindNodes(copy.Get(), isReference, references, false);
+  for (RqNode* const pGroupBy : groupBys) {
+    FindNodes(static_cast<RqGroupBy*>(pGroupBy)->GetGranularity(), isReference, references, false);
+  }
+  for (RqNode* const pNode : references) {
+    auto& reference = static_cast<RqDerivedColumnReference&>(*pNode);
+    const auto it = copies.find(reference.GetDerivedColumn());
+    if (it != copies.end()) reference.SetDerivedColumn(static_cast<RqDerivedColumn*>(it->second));
+  }
+  return copy.Release();
 }
 
 bool RqNode::IsObjectType::operator()(const RqNode& node) const {

@@ -15,6 +15,30 @@ template <class Class>
 RqNode* MakeGiven();
 
 template <>
+RqNode* MakeGiven<RqDerivedColumn>() {
+  return new RqDerivedColumn(nullptr, RqDerivedColumn::kUnknownColumnNum);
+}
+template <>
+RqNode* MakeGiven<RqProjection>() {
+  return new RqProjection(0);
+}
+template <>
+RqNode* MakeGiven<RqDerivedTable>() {
+  return new RqDerivedTable(nullptr, 0);
+}
+template <>
+RqNode* MakeGiven<RqHaving>() {
+  return new RqHaving(nullptr);
+}
+template <>
+RqNode* MakeGiven<RqList>() {
+  return new RqList(0);
+}
+template <>
+RqNode* MakeGiven<RqSharedList>() {
+  return new RqSharedList(nullptr, nullptr);
+}
+template <>
 RqNode* MakeGiven<RqExprParam>() {
   return new RqExprParam(0);
 }
@@ -108,6 +132,33 @@ struct Slot {
         return type == kRqExprLevel;
       case L't':
         return child.IsExpr() && static_cast<const RqExpr&>(child).IsLiteral();
+      case L'a':
+        return child.IsAbstractTable() && (static_cast<const RqAbstractTable&>(child).IsIdentifiedTable() ||
+                                           static_cast<const RqAbstractTable&>(child).IsTableReference());
+      case L'b':
+        return dynamic_cast<const RqAbstractList*>(&child) != nullptr;
+      case L'k':
+        return type == kRqDerivedColumn;
+      case L'v':
+        return type == kRqJoinNode;
+      case L'r':
+        return type == kRqTableReference;
+      case L'z':
+        return type == kRqSortSpec;
+      case L'p':
+        return type == kRqProjection;
+      case L'j':
+        return type == kRqJoinSpec;
+      case L'w':
+        return type == kRqDetailFilter;
+      case L'u':
+        return type == kRqSummaryFilter;
+      case L'h':
+        return type == kRqHaving;
+      case L'g':
+        return type == kRqGroupBy;
+      case L'o':
+        return type == kRqOrderBy;
       case L's':
         return type == kRqExprLogicalSubquery || type == kRqExprPhysicalSubquery || type == kRqExprPersistSubquery;
       default:
@@ -119,6 +170,16 @@ struct Slot {
 [[noreturn]] void RaiseMalformed(const RqNode& node, const_iterator start, const KXString& what) {
   KX_RAISE(kMsgNodeMalformed, KXString::FromUTF8(GetRqNodeTypeName(node.GetObjectType())),
            BoundedRead::Current()->GetOffset(start), what);
+}
+
+/// What fields say of children.
+void RequireConsistentFields(const RqNode& node, const_iterator start) {
+  if (node.GetObjectType() == kRqOrderBy) {
+    const int numSortSpecs = static_cast<const RqOrderBy&>(node).GetNumSortSpecs();
+    if (numSortSpecs != node.GetNumChildren()) RaiseMalformed(node, start, L"it counts its sort specifications wrong");
+  } else if (node.GetObjectType() == kRqJoinSpec) {
+    static_cast<const RqJoinSpec&>(node).RequireReattachableLinks(start);
+  }
 }
 
 }  // namespace
@@ -159,4 +220,5 @@ void RequireRqNodeShape(const RqNode& node, const_iterator start) {
     }
   }
   if (slot < numSlots) RaiseMalformed(node, start, L"it has too many children");
+  RequireConsistentFields(node, start);
 }

@@ -24,6 +24,9 @@ class RqAbstractTable : public RqNode {
   /// Whether both stand for the same rows, as far as a class can tell; here: whether they are of one kind.
   virtual bool IsEquivalent(const RqAbstractTable& rhs) const { return GetObjectType() == rhs.GetObjectType(); }
 
+  /// Whether it is a reference to joined tables. References that hold one table alone are looked through.
+  bool IsTableReferenceJoinTree() const;
+
   bool IsAbstractTable() const override { return true; }
   RqNodeType_e GetObjectType() const override { return kRqAbstractTable; }
 };

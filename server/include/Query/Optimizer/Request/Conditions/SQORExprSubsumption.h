@@ -63,8 +63,6 @@ const RqExpr* ExtractConstantOperand(const RqExpr* pBinaryOperator);
 /// The operand that is not constant; null unless it is exactly one.
 const RqExpr* ExtractNonConstantOperand(const RqExpr* pBinaryOperator);
 
-using ConstRqExprSet = std::set<const RqExpr*, LessEquivalentRqExpr>;
-
 /// Enters the disjuncts of a condition, lent; nothing for null. The condition must not be an And.
 void ExtractORExprSet(const RqExpr* pExpr, ConstRqExprSet& exprs);
 

@@ -4,6 +4,9 @@
 
 #include "Query/Optimizer/Request/Conditions/SQORAVisitorRqExprCond.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCondHierarchy.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCondQuantified.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprCondSpecial.h"
 
 /// What InwardNegationForm and NegateCondExpr have in common: all of it but the truth value aimed at.
 ///
@@ -34,22 +37,9 @@ class NegationRewriter : public AVisitorRqExprCond {
   bool Visit(RqExprCondBetween& cond) override;
   bool Visit(RqExprCondIn& cond) override;
   bool Visit(RqExprCondMultiColumnIn& cond) override;
-  bool Visit(RqExprCondAnyLessThan& cond) override;
-  bool Visit(RqExprCondAnyLessEqual& cond) override;
-  bool Visit(RqExprCondAnyGreaterThan& cond) override;
-  bool Visit(RqExprCondAnyGreaterEqual& cond) override;
-  bool Visit(RqExprCondAnyNotEqual& cond) override;
-  bool Visit(RqExprCondAllLessThan& cond) override;
-  bool Visit(RqExprCondAllLessEqual& cond) override;
-  bool Visit(RqExprCondAllEqual& cond) override;
-  bool Visit(RqExprCondAllGreaterThan& cond) override;
-  bool Visit(RqExprCondAllGreaterEqual& cond) override;
-  bool Visit(RqExprCondExists& cond) override;
-  bool Visit(RqExprCondGroupByContent& cond) override;
-  bool Visit(RqExprIsAncestor& cond) override;
-  bool Visit(RqExprIsSibling& cond) override;
-  bool Visit(RqExprIsLeaf& cond) override;
-  bool Visit(RqExprCondAtomicWrapper& cond) override;
+#define RQ_OPAQUE_COND(Class) \
+  bool Visit(Class& cond) override { return SetOpaqueCopy(cond); }
+#include "Query/Optimizer/Request/Conditions/SQOROpaqueConds.def"
 
  private:
   friend Derived;

@@ -8,6 +8,8 @@
 #include "Host/VoidID.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExpr.h"
 
+class RqAbstractList;
+
 // The three forms in which a subquery stands in an expression: not compiled yet, compiled, and with its rows written to
 // a table.
 
@@ -83,16 +85,28 @@ class RqExprLogicalSubquery final : public RqExprSubqueryByText<RqExprLogicalSub
   static constexpr auto kText = &RqExprLogicalSubquery::m_subquerySQL;
 };
 
-/// A compiled subquery, known by the text form of its query block. The text outlives the block: one that was read back
-/// from bytes has the text alone.
+/// A compiled subquery: its query block, which it owns, and the text form by which it is known. The text outlives the
+/// block: one that was read back from bytes has the text alone.
 class RqExprPhysicalSubquery final : public RqExprSubqueryByText<RqExprPhysicalSubquery, kRqExprPhysicalSubquery> {
  public:
-  RqExprPhysicalSubquery() = default;
+  RqExprPhysicalSubquery();
+  /// SetSubquery on a new one.
+  RqExprPhysicalSubquery(RqAbstractList* pSubquery, ARpGateway* pRp);
+  /// The copy's block is self-contained; the text is not rendered anew.
   RqExprPhysicalSubquery(const RqExprPhysicalSubquery& rhs, bool bNewIDs, bool bDeepCopy);
+  ~RqExprPhysicalSubquery() override;
 
   virtual const KXString& GetCommonExprName() const { return m_commonExprName; }
   virtual void SetCommonExprName(const KXString& commonExprName) { m_commonExprName = commonExprName; }
+  /// Takes the block and renders its text through pRp; null clears the text. Wanted: the block that stood there is not
+  /// deleted, as its other users may still hold it; it is the caller's from here on.
+  virtual void SetSubquery(RqAbstractList* pSubquery, ARpGateway* pRp);
 
+  /// The text by which a block is known.
+  static KXString RenderBlock(const RqAbstractList& block, ARpGateway* pRp);
+  /// Lends the block; null after a read-back.
+  RqAbstractList* GetSubqueryRqAbstractList() { return m_pSubquery.Get(); }
+  const RqAbstractList* GetSubqueryRqAbstractList() const { return m_pSubquery.Get(); }
   const KXString& GetSubqueryDumpout() const { return m_subqueryDumpout; }
   /// The databases that the subquery may be sent to together with the condition it stands in.
   const VoidIDSet& GetShippableTargets() const { return m_shippableTargets; }
@@ -103,12 +117,13 @@ class RqExprPhysicalSubquery final : public RqExprSubqueryByText<RqExprPhysicalS
 
   bool IsExprPhysicalSubquery() const override { return true; }
   bool IsNavigationConstant() const override { return true; }
-  /// The common expression name and the targets are left out.
+  /// The block, the common expression name and the targets are left out.
   void ToByteVector(ByteVector& bv) override;
   const_iterator FromByteVector(const_iterator start) override;
 
  private:
   friend class RqExprSubqueryByText;
+  Heap<RqAbstractList> m_pSubquery;
   std::uint32_t m_CRCforDumpout = 0;
   KXString m_subqueryDumpout;
   KXString m_commonExprName;

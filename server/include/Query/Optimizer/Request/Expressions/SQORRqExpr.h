@@ -146,6 +146,7 @@ using LessEquivalentRqExpr = LessEquivalentRqExprBy<RqShallowLessThan>;
 using LessEquivalentRqExprShareBase = LessEquivalentRqExprBy<RqShallowLessThanShareBase>;
 
 using RqExprSet = std::set<RqExpr*, LessEquivalentRqExpr>;
+using ConstRqExprSet = std::set<const RqExpr*, LessEquivalentRqExpr>;
 
 /// Position by position: a null equals only a null, others are asked of pred. Different lengths are unequal.
 bool EquivalentVectorExprs(const RqExprVector& lhs, const RqExprVector& rhs, const RqEquivalence& pred);

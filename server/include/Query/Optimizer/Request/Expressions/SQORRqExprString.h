@@ -168,7 +168,7 @@ class RqExprTrim final : public RqScalarWithFields<RqExprTrim, kRqExprTrim, RqTr
 struct RqNLSSortOperands {
   enum { kFirstOperand, kNLSSortSpec, kNumOperands };
 };
-/// The bytes by which a text sorts in a language; in the session's when no specification is given.
+/// The bytes by which a text sorts in a language; in the session's when none is given.
 class RqExprNLSSort final : public RqScalarFunction<RqExprNLSSort, kRqExprNLSSort, RqNLSSortOperands, 1> {
  public:
   using RqScalarFunction::RqScalarFunction;

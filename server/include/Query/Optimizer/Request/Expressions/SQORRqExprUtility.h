@@ -77,6 +77,8 @@ class ConjunctUtility {
 
 class RqExprUtility {
  public:
+  /// Stores the references to derived columns in a tree, lent, in pre-order; none for null.
+  static void GetAllDerivedColumnReferences(const RqNode* pNode, std::vector<RqDerivedColumnReference*>& references);
   /// Clears the vector of joining indexes of every external data in the expression.
   static void RemoveExternalJoiningIndexes(RqExpr* pExpr);
 };

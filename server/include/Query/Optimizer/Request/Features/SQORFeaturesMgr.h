@@ -9,6 +9,8 @@
 #include "Host/SUFeaturesTable.h"
 #include "Host/ServerInfo.h"
 
+class RqOrderBy;
+
 /// What a database can do, as one request sees it: the features of the database, and over them the request's own
 /// properties, by which a single query is compiled as if the database could, or could not, do something.
 ///
@@ -60,4 +62,10 @@ class FeaturesMgr {
                                     ARpGateway* gateway);
   /// Whether a conversion mask has the bit of the target type; false for a type that has none.
   static bool IsConversionBitOn(std::uint32_t mask, KXDataType type);
+
+  /// Whether the database can be left to sort: it sorts so many columns, text as the server does, and puts nulls where
+  /// they are wanted, or, unless bStrictNullOrder, sorts by expressions that do. Keys whose types the sort does not
+  /// tell count as texts that may be null.
+  static bool IsSortPushable(const Ref<ADatabase>& database, const RqOrderBy& orderBy, ARpGateway* gateway,
+                             bool bStrictNullOrder);
 };

@@ -29,7 +29,8 @@ class RqNode : public CompositeNode {
   ~RqNode() override;
 
   /// Puts pReplacement where this node stands. This node lives on as the last child of releaseContainer. A root goes to
-  /// releaseContainer too, and pReplacement is then attached to nothing and stays the caller's.
+  /// releaseContainer too, and pReplacement is then attached to nothing and stays the caller's. A derived column whose
+  /// expression becomes a reference to a column of an inner block hands its break status down to that column.
   virtual void Replace(RqNode* pReplacement, RqNode& releaseContainer);
   /// A copy of the subtree, owned by the caller. References to nodes outside child slots stay aimed where the source's
   /// are.
@@ -74,9 +75,9 @@ class RqNode : public CompositeNode {
 
   /// Appends this node and, in pre-order, every descendant.
   void GetObjects(std::list<RqNode*>& nodePtrs) const;
-  /// DeepCopy for a subtree that must be self-contained: references from inside it to its own nodes are re-aimed at
-  /// their copies. No class that stands yet refers to a node outside its child slots, so it is DeepCopy as it stands.
-  RqNode* NestedDeepCopy(bool bNewIDs) const { return DeepCopy(bNewIDs); }
+  /// DeepCopy for a subtree that must be self-contained: references to derived columns inside it, among them those in
+  /// the granularity of a grouping, are aimed at the columns' copies. Those to columns outside stay as they are.
+  RqNode* NestedDeepCopy(bool bNewIDs) const;
 
   /// Called on a copy of rhs: maps each node of rhs to its counterpart here. A key that stands keeps its value.
   void GetPtrMap(const RqNode& rhs, std::map<RqNode*, RqNode*>& childMap) const;

@@ -45,6 +45,30 @@ void FindTopmostNodes(ARpGateway* pRp, RqNode* pRoot, const Predicate& predicate
   for (int i = 0; i < numChildren; ++i) FindTopmostNodes(pRp, pRoot->GetIthChild(i), predicate, nodes, bPostOrder);
 }
 
+/// The FROM clause of a query block; null for a node that is none, and for a block without one.
+RqNode* GetFromClause(RqNode& node);
+
+/// FindNodes among the tables of blocks: of a query block only the FROM clause is searched. With bFindTopMostOnly the
+/// subtree below a match is skipped, unless matches come in post-order.
+template <class Predicate>
+void FindTableNodes(RqNode* pRoot, const Predicate& predicate, std::list<RqNode*>& nodes, bool bPostOrder,
+                    bool bFindTopMostOnly) {
+  if (!pRoot) return;
+  if (!bPostOrder && predicate(*pRoot)) {
+    nodes.push_back(pRoot);
+    if (bFindTopMostOnly) return;
+  }
+  if (pRoot->GetObjectType() == kRqList) {
+    FindTableNodes(GetFromClause(*pRoot), predicate, nodes, bPostOrder, bFindTopMostOnly);
+  } else {
+    const int numChildren = pRoot->GetNumChildren();
+    for (int i = 0; i < numChildren; ++i) {
+      FindTableNodes(pRoot->GetIthChild(i), predicate, nodes, bPostOrder, bFindTopMostOnly);
+    }
+  }
+  if (bPostOrder && predicate(*pRoot)) nodes.push_back(pRoot);
+}
+
 /// Finds the nodes that satisfy the predicate without entering a subtree whose root satisfies skippedPredicate.
 /// Iterative. Matches are stored from nodes[index] on, and index, the caller's running count, goes up with each; a
 /// vector that is full grows by 100 slots, so that index and not its size tells how many there are.

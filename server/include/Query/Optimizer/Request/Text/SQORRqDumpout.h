@@ -91,6 +91,10 @@ class RqDumpout : public AVisitorRqNode, public AVisitorRqExpr {
   /// The objects of a metadata expression, as " [ Rate : 0.19, Amount ] ": each by name, a variable with its value.
   /// Nothing if there are none.
   void ExtractExpr(Expr& expr, ARpGateway* pRp);
+  /// The rows passed over and the most rows that a list yields, where it has such bounds.
+  void ShowRownumOffsetLimit(const RqAbstractList& list);
+  /// "c12"
+  KXString GetDerivedColumnName(const RqDerivedColumn& column) const;
   /// The addresses of the node and its children, and its identity.
   void ShowChildIDs(RqNode& node);
   void Indent();
@@ -141,6 +145,11 @@ class RqDumpout : public AVisitorRqNode, public AVisitorRqExpr {
   /// As PrintBinary, and a closing bracket: a value and the subquery that it is compared to.
   bool PrintQuantified(RqExpr& expr, std::wstring_view opening);
 
+  /// "D3"
+  void AppendTableNumber(const KXString& prefix, const RqIdentifiedTable& table);
+  /// The text of a tree one level deeper; nothing for null.
+  void PrintDeeper(RqNode* pNode);
+
   KXString m_string;
   int m_nestingLevel = 0;
   bool m_bDisplayTargetMarks;
@@ -164,5 +173,17 @@ class RqDumpout : public AVisitorRqNode, public AVisitorRqExpr {
   void PrintTableSource(const RqExprIsAncestor& cond);
   void PrintWhenThen(RqExpr& expr, int firstSlot, int defaultSlot);
   void PrintCastType(RqExprCast& expr);
+
+  void AppendNodeID(const RqNode& node);
+  template <class Numbers>
+  void AppendNumbers(const Numbers& numbers);
+  void ShowOperatorStatistics(const RqNode& node);
+  void PrintGroupingSets(RqGroupBy& groupBy);
+  void PrintJoinWord(RqTableReference& reference);
+  template <class SetOperator>
+  bool PrintSetOperator(SetOperator& list, std::wstring_view word, bool bAll);
+  void PrintWrapperHeader(RqAbstractList& list, std::wstring_view word);
+  template <class Entries>
+  void PrintMolapJoins(const Entries& entries, std::wstring_view word);
   void PrintExternalScript(const ExternalScriptExecutionData& script);
 };

@@ -1,0 +1,34 @@
+#include "Query/Optimizer/Request/Blocks/SQORRqAbstractList.h"
+
+#include "Host/DataBlobUtil.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqDerivedTable.h"
+
+RqAbstractList::RqAbstractList(const RqAbstractList& rhs, bool bNewIDs, bool bDeepCopy)
+    : RqAbstractTable(rhs, bNewIDs, bDeepCopy),
+      m_bShared(rhs.m_bShared),
+      m_rowNumLimit(rhs.m_rowNumLimit),
+      m_rowNumOffset(rhs.m_rowNumOffset),
+      m_pSharedVirtualTableListStream(rhs.m_pSharedVirtualTableListStream),
+      m_bWithSupported(rhs.m_bWithSupported) {}
+
+RqDerivedTable* RqAbstractList::GetRqDerivedTableContainer() const {
+  for (const RqNode* pNode = GetParent(); pNode; pNode = pNode->GetParent()) {
+    if (pNode->GetObjectType() == kRqDerivedTable) {
+      return const_cast<RqDerivedTable*>(static_cast<const RqDerivedTable*>(pNode));
+    }
+  }
+  return nullptr;
+}
+
+bool RqAbstractList::IsEquivalent(const RqAbstractTable&) const { return false; }
+
+void RqAbstractList::ToByteVector(ByteVector& bv) {
+  RqAbstractTable::ToByteVector(bv);
+  DataBlobUtil::ToByteVector(bv, m_bShared);
+  DataBlobUtil::ToByteVector(bv, m_bWithSupported);
+}
+
+const_iterator RqAbstractList::FromByteVector(const_iterator start) {
+  start = DataBlobUtil::FromByteVector(RqAbstractTable::FromByteVector(start), m_bShared);
+  return DataBlobUtil::FromByteVector(start, m_bWithSupported);
+}

@@ -1,0 +1,301 @@
+#include "Query/Optimizer/Request/Blocks/SQORRqList.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <set>
+
+#include "Blocks/BlockSamples.h"
+#include "Host/SUSystemConfig.h"
+#include "HostMemory/MemoryGateway.h"
+#include "Query/Optimizer/Request/Conditions/SQORExprSubsumption.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprSubquery.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprUtility.h"
+#include "Query/Optimizer/Request/Features/SQORFeaturesMgr.h"
+#include "Query/Optimizer/Request/Node/SQORRqHandleNode.h"
+#include "Query/Optimizer/Request/Node/SQORRqNodeUtil.h"
+#include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
+
+namespace {
+
+constexpr const char* kRemoveDistinct = "TELM_Remove_Distinct_Based_On_GroupBy";
+
+std::string TextOf(const RqNode& node) { return RqDumpout::StringFrom(node).ToUTF8(); }
+
+RqGroupBy* GroupBy(RqExprVector columns) { return new RqGroupBy(columns, RqGroupBy::kUnknown); }
+
+/// SELECT the first column FROM (list) AS a table of that number.
+Heap<RqList> Wrap(RqAbstractList* pInner, int number) {
+  RqDerivedColumn* const pColumn = pInner->GetProjection()->GetIthColumn(0);
+  return Heap<RqList>(List({new RqDerivedColumnReference(pColumn)}, {new RqDerivedTable(pInner, number)}));
+}
+
+TEST(Projection, NumbersAreGivenOnce) {
+  RqProjection projection(0);
+  bool bInserted = false;
+  for (const wchar_t* const name : {L"a", L"b", L"c", L"b"}) {
+    const Heap<RqExpr> expr(Col(name));
+    projection.InsertColumnExpr(expr.Get(), bInserted, false);
+  }
+  EXPECT_FALSE(bInserted);
+  EXPECT_EQ(projection.GetNumColumns(), 3);
+  projection.DeleteColumn(projection.GetIthColumn(1), nullptr);
+  EXPECT_EQ(projection.InsertDonatedColumnExpr(Col(L"b"))->GetColumnNum(), 4);
+  EXPECT_EQ(projection.InsertDonatedColumnExpr(Col(L"b"))->GetColumnNum(), 4);
+  const Heap<RqExpr> c(Col(L"c"));
+  EXPECT_EQ(projection.InsertColumnExpr(c.Get(), bInserted, true)->GetColumnNum(), 5);
+  EXPECT_EQ(projection.GetMatchingColumn(c.Get())->GetColumnNum(), 3);
+  RqDerivedColumnVector matching;
+  projection.GetMatchingColumns(c.Get(), matching);
+  EXPECT_EQ(matching.size(), 2u);
+  const Heap<RqExpr> stranger(Col(L"z"));
+  EXPECT_EQ(projection.GetMatchingColumnIndex(stranger.Get()), projection.GetNumColumns());
+  EXPECT_EQ(projection.FindColumnIndex(99), RqProjection::kColumnNotFound);
+  // One that comes before it in the order counts as a match.
+  EXPECT_EQ(projection.InsertColumnExprShareBase(stranger.Get(), bInserted)->GetColumnNum(), 1);
+  EXPECT_FALSE(bInserted);
+  projection.ReSyncColumnNumGenerator(20);
+  EXPECT_EQ(projection.GetNextColumnNum(), 21);
+
+  RqProjection behind(0);
+  for (int i = 0; i < 5; ++i) behind.AddChild(new RqDerivedColumn(Int(i), i + 1));
+  EXPECT_EQ(behind.GetNextColumnNum(), 6);
+}
+
+TEST(List, DistinctYieldsToTheGrouping) {
+  const Heap<RqList> list(List({Col(L"a"), Col(L"b")}));
+  list->SetGroupBy(GroupBy({Col(L"a")}));
+  list->SetDistinct(true);
+  EXPECT_FALSE(list->IsDistinct());
+  setenv(kRemoveDistinct, "no", 1);
+  list->SetDistinct(true);
+  EXPECT_TRUE(list->IsDistinct());
+  unsetenv(kRemoveDistinct);
+  list->SetGroupBy(GroupBy({Col(L"z")}));
+  EXPECT_TRUE(list->IsDistinct());
+  list->SetGroupBy(GroupBy({Int(1)}));  // constants are dropped
+  EXPECT_FALSE(list->IsDistinct());
+}
+
+TEST(List, CopiesAndBytesKeepWhatTheyShould) {
+  const Heap<RqList> list(FullList());
+  list->SetRowNumLimit(10);
+  list->SetRowNumOffset(3);
+  list->MarkBypassNavigation(true);
+  list->SetCatalogFolderID(VoidID(3003, 5U));
+  const Heap<RqList> copy(static_cast<RqList*>(list->DeepCopy(false)));
+  EXPECT_EQ(TextOf(*copy), TextOf(*list));
+  EXPECT_TRUE(copy->IsBypassNavigation());
+  EXPECT_TRUE(copy->GetCatalogFolderID().IsNullID());
+}
+
+TEST(List, NestedCopiesAreSelfContained) {
+  const Heap<RqList> list(FullList());
+  const std::string text = TextOf(*list);
+  RqNode* const pColumn =
+      list->GetJoinSpec()->GetIthTableReference(1)->GetDerivedTable()->GetInnerList()->GetProjection()->GetIthColumn(0);
+  auto& container = static_cast<RqDerivedColumn&>(*pColumn);
+  const int references = container.GetSmartPtrReferencesCount();
+  Heap<RqNode> shallow(list->DeepCopy(true));
+  EXPECT_GT(container.GetSmartPtrReferencesCount(), references);
+  shallow = nullptr;
+  const Heap<RqNode> nested(list->NestedDeepCopy(true));
+  EXPECT_EQ(container.GetSmartPtrReferencesCount(), references);
+  std::vector<RqDerivedColumnReference*> inCopy;
+  RqExprUtility::GetAllDerivedColumnReferences(nested.Get(), inCopy);
+  ASSERT_FALSE(inCopy.empty());
+  for (const RqDerivedColumnReference* const pReference : inCopy) EXPECT_NE(pReference->GetDerivedColumn(), pColumn);
+  EXPECT_EQ(TextOf(*nested), text);
+}
+
+TEST(List, EquivalenceLooksAtTheSummaryFilterOnlyBesideADetailFilter) {
+  const Heap<RqList> a(List({Col(L"a")}));
+  const Heap<RqList> b(List({Col(L"a")}));
+  b->SetSummaryFilter(new RqSummaryFilter(Equal(Col(L"a"), Int(1))));
+  b->SetOrderBy(new RqOrderBy);
+  EXPECT_TRUE(a->IsEquivalent(*b));
+  for (RqList* const pList : {a.Get(), b.Get()}) pList->ConcatenateToDetailFilter(Equal(Col(L"a"), Int(1)));
+  EXPECT_FALSE(a->IsEquivalent(*b));
+  a->SetSummaryFilter(new RqSummaryFilter(Equal(Col(L"a"), Int(1))));
+  EXPECT_TRUE(a->IsEquivalent(*b));
+  a->ConcatenateToDetailFilter(Equal(Col(L"b"), Int(2)));
+  EXPECT_FALSE(a->IsEquivalent(*b));
+  EXPECT_TRUE(a->GetDetailFilter()->GetCond()->IsAndCond());
+  const Heap<RqList> other(List({Col(L"b")}));
+  EXPECT_FALSE(other->IsEquivalent(*b));
+  std::vector<RqAbstractList*> lists{List({Int(1)}), List({Int(1)})};
+  const RqUnion unionAll(lists, true);
+  EXPECT_FALSE(unionAll.IsEquivalent(unionAll));
+}
+
+TEST(List, TellsWhatItWraps) {
+  RqList* const pInner = List({Col(L"a")}, {Table(1)});
+  pInner->GetJoinSpec()->GetIthTableReference(0)->MarkTargetType(ServerInfo::kSQLite);
+  const Heap<RqList> wrapper = Wrap(pInner, 2);
+  EXPECT_TRUE(wrapper->IsArtifactListNode());
+  EXPECT_FALSE(wrapper->IsOpaqueTableWrapper());
+  EXPECT_FALSE(wrapper->IsLeafCandidate());
+  EXPECT_TRUE(wrapper->IsLeafParent());
+  const Heap<RqList> leaf(List({Col(L"a")}, {Table(1)}));
+  EXPECT_FALSE(leaf->IsArtifactListNode());
+  EXPECT_FALSE(leaf->IsLeafParent());
+  const Heap<RqList> opaque(List({Col(L"a")}, {new RqOpaqueTable()}));
+  EXPECT_TRUE(opaque->IsOpaqueTableWrapper());
+  const Heap<RqList> noTables(List({Int(1)}));
+  EXPECT_TRUE(noTables->IsLeafCandidate());
+  EXPECT_DEATH(noTables->IsArtifactListNode(), "pJoinSpec");
+  // Of a block only the tables are searched.
+  std::list<RqNode*> found;
+  FindTableNodes(wrapper.Get(), RqNode::IsObjectType({kRqTargetColumn, kRqDerivedColumn, kRqAtomicTable}), found, false,
+                 false);
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found.front()->GetObjectType(), kRqAtomicTable);
+}
+
+TEST(DerivedColumn, BreakStatusGoesDownThroughReferences) {
+  const Heap<RqList> middle = Wrap(List({Col(L"a")}, {Table(1)}), 2);
+  RqDerivedColumn* const pInner =
+      static_cast<RqDerivedColumnReference*>(middle->GetProjection()->GetIthColumn(0)->GetExpr())->GetDerivedColumn();
+  RqDerivedColumn* const pOuter = middle->GetProjection()->GetIthColumn(0);
+  pOuter->SetBreakStatus(RqDerivedColumn::kNoDuplicates);
+  EXPECT_EQ(pInner->GetBreakStatus(), RqDerivedColumn::kNoDuplicates);
+  pInner->SetBreakStatus(RqDerivedColumn::kAllowDuplicates);
+  pOuter->SetBreakStatus(RqDerivedColumn::kNoDuplicates);
+  EXPECT_EQ(pInner->GetBreakStatus(), RqDerivedColumn::kAllowDuplicates);
+  // A reference that takes an expression's place hands the status down, too.
+  pInner->SetBreakStatus(RqDerivedColumn::kUnknownBreakStatus);
+  pOuter->SetExpr(Col(L"z"));
+  RqHandleNode junk;
+  pOuter->GetExpr()->Replace(new RqDerivedColumnReference(pInner), junk);
+  EXPECT_EQ(pInner->GetBreakStatus(), RqDerivedColumn::kNoDuplicates);
+  // References follow a column that is replaced, and know when it is gone.
+  auto* const pNew = new RqDerivedColumn(Col(L"n"), 9);
+  pInner->Replace(pNew, junk);
+  auto& reference = static_cast<RqDerivedColumnReference&>(*pOuter->GetExpr());
+  EXPECT_EQ(reference.GetDerivedColumn(), pNew);
+  EXPECT_EQ(reference.GetSourceTableName() + L"." + reference.GetColumnName(), L"D2.c9");
+  delete pNew;
+  EXPECT_FALSE(reference.IsValidDerivedColumnReference());
+  EXPECT_EQ(reference.GetSourceTableName(), g_danglingDerivedColumn);
+  EXPECT_DEATH(reference.GetDerivedColumn(), "invalid derived column reference");
+
+  std::vector<RqAbstractList*> lists{List({Col(L"a")}), List({Col(L"b")})};
+  RqDerivedColumn* const pBranch = lists[0]->GetProjection()->GetIthColumn(0);
+  const Heap<RqList> overUnion = Wrap(new RqUnion(lists, true), 3);
+  overUnion->GetProjection()->GetIthColumn(0)->SetBreakStatus(RqDerivedColumn::kNoDuplicates);
+  EXPECT_EQ(pBranch->GetBreakStatus(), RqDerivedColumn::kUnknownBreakStatus);
+}
+
+TEST(OrderBy, CopyMeansTheSameInAnotherBlock) {
+  const Heap<RqList> source(List({Col(L"a"), Col(L"b")}));
+  const Heap<RqList> dest(new RqList(10));
+  for (const wchar_t* const name : {L"a", L"b", L"c"}) dest->GetProjection()->InsertDonatedColumnExpr(Col(name));
+  source->SetOrderBy(new RqOrderBy({{2, RqSortSpec::kDesc, true, true, RqSortSpec::kFirst}}, {KXTypeInfo()}, true));
+  source->GetOrderBy()->AppendPushDownAggr(nullptr);
+  RqOrderBy::CopyOrderBy(*source, *dest);
+  ASSERT_TRUE(dest->GetOrderBy() && dest->GetOrderBy()->HasPushDownAggr() && dest->GetOrderBy()->IsAddedForJoin());
+  EXPECT_EQ(dest->GetOrderBy()->GetNumSortSpecs(), 1);
+  EXPECT_TRUE(*dest->GetOrderBy()->GetIthSortSpec(0) ==
+              RqSortSpec(12, RqSortSpec::kDesc, false, true, RqSortSpec::kFirst));
+  source->SetOrderBy(new RqOrderBy({RqSortSpec()}, false));
+  EXPECT_DEATH(RqOrderBy::CopyOrderBy(*source, *dest), "");
+  source->SetOrderBy(nullptr);
+  RqOrderBy::CopyOrderBy(*source, *dest);
+  EXPECT_FALSE(dest->GetOrderBy());
+  EXPECT_DEATH(RqOrderBy::CopyOrderBy(*dest, *source), "pSourceProjection->GetNumColumns\\(\\) <= numDestColumns");
+}
+
+TEST(OrderBy, IsPushableWhereTheDatabaseSortsAlike) {
+  MemoryGateway gateway;
+  auto& database = gateway.MakeObject<MemoryDatabase>(1U, L"db", ServerInfo::kSQLite);
+  using Table = SUFeaturesTable;
+  database.SetBooleanFeature(Table::kFeature_OrderBy, true).SetIntegerFeature(Table::kFeature_MaxColumnsInOrderBy, 9U);
+  const RefADatabase db(&gateway, database.GetID());
+  const KXTypeInfo notNull(KXInt4Data, 0, 0, 0), nullable(KXInt4Data, 0, 0, 1), text(KXVarCharData, 9, 0, 0);
+  struct Row {
+    std::vector<KXTypeInfo> m_types;
+    RqSortSpec::NullSortDirection m_nulls;
+    bool m_bNullsFirst, m_bExpressions, m_bStrict, m_bPushable;
+  };
+  const Row rows[] = {
+      {{notNull}, RqSortSpec::kLast, true, false, true, true},
+      {{nullable}, RqSortSpec::kLast, true, false, true, false},
+      {{nullable}, RqSortSpec::kFirst, true, false, true, true},
+      {{nullable}, RqSortSpec::kLast, true, true, false, true},
+      {{nullable}, RqSortSpec::kLast, true, true, true, false},
+      {{text}, RqSortSpec::kFirst, true, false, true, false},
+      {{}, RqSortSpec::kFirst, true, false, true, false},
+  };
+  SUSystemConfig::GetSystemConfig().SetSortOrderLocale(L"german");
+  for (const Row& row : rows) {
+    SCOPED_TRACE(&row - rows);
+    database.SetBooleanFeature(Table::kFeature_NullValuesSortFirst, row.m_bNullsFirst)
+        .SetBooleanFeature(Table::kFeature_ExpressionsInOrderBy, row.m_bExpressions)
+        .SetStringFeature(Table::kFeature_SortOrderLocale, KXString(L"english"));
+    const RqOrderBy orderBy({{1, RqSortSpec::kAsc, false, false, row.m_nulls}}, row.m_types, false);
+    EXPECT_EQ(FeaturesMgr::IsSortPushable(db, orderBy, &gateway, row.m_bStrict), row.m_bPushable);
+  }
+  SUSystemConfig::GetSystemConfig().SetSortOrderLocale(L"ENGLISH");
+  EXPECT_TRUE(FeaturesMgr::IsSortPushable(db, RqOrderBy({RqSortSpec()}, {text}, false), &gateway, true));
+}
+
+TEST(WrapperList, BreakFiltersFollowTheirColumns) {
+  RqBreakFilter filter(List({Col(L"a"), Col(L"b"), Col(L"c")}), {2, 0, 2}, {0, 1});
+  auto& projection = *filter.GetProjection();
+  projection.AddColumn(new RqDerivedColumn(Col(L"d"), 0));
+  RqHandleNode junk;
+  projection.DeleteColumn(projection.GetIthColumn(1), &junk);
+  UInt16Vector indexes;
+  filter.GetBreakColumnIndexes(indexes, false);
+  EXPECT_EQ(indexes, (UInt16Vector{1, 0, 1}));
+  indexes.clear();
+  filter.GetBreakColumnIndexes(indexes, true);
+  EXPECT_EQ(indexes, (UInt16Vector{1, 0}));
+  indexes.clear();
+  filter.GetBreakColumnIndexesAccountForNoOrderBy(indexes, true);
+  EXPECT_EQ(indexes, (UInt16Vector{1}));
+  projection.DeleteColumn(projection.GetIthColumn(0), &junk);
+  EXPECT_DEATH(filter.GetBreakColumnIndexes(indexes, false), "");
+
+  const Heap<RqList> shared(List({Int(1)}));
+  const RqSharedList reader(new RqProjection(0), shared.Get());
+  EXPECT_TRUE(shared->IsShared());
+  RqMolapFilterJoin join(List({Int(1)}));
+  const FilterJoinQueryAndJoinIndex entry{{nullptr, shared.Get()}, {{0}, {1}}};
+  EXPECT_TRUE(join.AddFilterJoinQueriesAndJoinIndex(entry));
+  EXPECT_FALSE(join.AddFilterJoinQueriesAndJoinIndex(entry));
+  EXPECT_TRUE(join.RemoveFilterJoinQueryAndJoinIndexes(entry));
+  EXPECT_FALSE(join.RemoveFilterJoinQueryAndJoinIndexes(entry));
+  std::vector<RqAbstractList*> lists{List({Int(1)}), List({Int(2)})};
+  const Heap<RqIntersect> intersect(new RqIntersect(lists, true));
+  EXPECT_TRUE(intersect->IsSortDependentSetOperator());
+  EXPECT_EQ(RqUnion().GetProjection(), nullptr);
+  EXPECT_DEATH(intersect->SetIthList(2, nullptr), "i < GetNumLists\\(\\)");
+}
+
+TEST(PhysicalSubquery, IsKnownByItsTextAndAWrapperMatchesIt) {
+  const auto inSubquery = [](RqAbstractList* pList) {
+    return Heap<RqExprCond>(new RqExprCondIn(Col(L"k"), new RqExprPhysicalSubquery(pList, nullptr), false));
+  };
+  const auto makeInner = [] { return List({Col(L"x", 3)}, {Table(3)}); };
+  const Heap<RqExprCond> plain = inSubquery(makeInner());
+  const Heap<RqExprCond> wrapped = inSubquery(Wrap(makeInner(), 4).Release());
+  bool bEquivalent = false;
+  EXPECT_TRUE(IsContainedBy(nullptr, wrapped.Get(), plain.Get(), bEquivalent));
+  EXPECT_TRUE(bEquivalent);
+  EXPECT_FALSE(IsContainedBy(nullptr, plain.Get(), wrapped.Get(), bEquivalent));
+  Heap<RqList> filtered = Wrap(makeInner(), 4);
+  filtered->ConcatenateToDetailFilter(Equal(Int(1), Int(2)));
+  const Heap<RqExprCond> other = inSubquery(filtered.Release());
+  EXPECT_FALSE(IsContainedBy(nullptr, other.Get(), plain.Get(), bEquivalent));
+
+  const Heap<RqNode> copy(wrapped->DeepCopy(true));
+  EXPECT_EQ(TextOf(*copy), TextOf(*wrapped));
+  auto& subquery = static_cast<RqExprPhysicalSubquery&>(*copy->GetIthChild(RqExprCondIn::kInValues));
+  EXPECT_NE(subquery.GetSubqueryRqAbstractList(), nullptr);
+  const Heap<RqAbstractList> old(subquery.GetSubqueryRqAbstractList());
+  subquery.SetSubquery(nullptr, nullptr);
+  EXPECT_TRUE(subquery.GetSubqueryDumpout().empty() && subquery.GetCRC() == 0);
+}
+
+}  // namespace

@@ -1,0 +1,91 @@
+#include "rq/CommandExplain.h"
+
+#include <CLI/CLI.hpp>
+#include <ostream>
+
+#include "HostMemory/MemoryGateway.h"
+#include "HostMemory/ModelReader.h"
+#include "HostMemory/RepositoryNames.h"
+#include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
+#include "rq/CommandLine.h"
+#include "rq/QueryStages.h"
+#include "rq/TreeDot.h"
+#include "rq/TreeJson.h"
+#include "rq/io/BlockWriter.h"
+#include "rq/io/Files.h"
+#include "rq/sql/QueryBuilder.h"
+#include "rq/sql/SqlParser.h"
+#include "rq/sql/SqlText.h"
+
+namespace {
+
+constexpr const char* kFooter =
+    R"help(QUERY is one SELECT, or a set operation of such, over the tables of the model;
+"-" reads it from the standard input. Without --model it is over the built-in
+one, a retail star, which is also in examples/retail.json.
+
+The exit status is 0, or 2 if there was an error.
+
+Examples:
+  rq explain "SELECT category, brand FROM product WHERE list_price > 100"
+  rq explain --stages --file examples/queries/outer_joins.sql
+  rq explain --format dot --file query.sql | dot -Tsvg > query.svg)help";
+
+}  // namespace
+
+void CommandExplain::Define(CLI::App& app) {
+  app.add_option("QUERY", m_query, "The query, or \"-\"")->type_name("");
+  app.add_option("--file", m_file, "Read the query from a file; \"-\" is the standard input")->type_name("FILE");
+  app.add_option("--model", m_model, "The model of the tables, a file of JSON")->type_name("FILE");
+  app.add_option("--format", m_format, "text: the text form; json: nested objects; dot: a graph for Graphviz")
+      ->check(CLI::IsMember({"text", "json", "dot"}))
+      ->type_name("FORMAT")
+      ->capture_default_str();
+  app.add_flag("--ids", m_bIds, "Show the identities of nodes, and with them the links of joins");
+  app.add_flag("--one-line", m_bOneLine, "Text on one line");
+  app.add_flag("--stages", m_bStages, "Show for each block what stands between its text and its tree");
+  app.footer(kFooter);
+}
+
+int CommandExplain::Run(CommandStreams& streams) {
+  if (m_query.empty() && !m_file) throw UsageError("nothing to do: give a query, --file FILE or -");
+  if (!m_query.empty() && m_file) throw UsageError("--file goes with no query");
+  if (m_format != "text" && (m_bOneLine || m_bStages)) {
+    throw UsageError("--one-line and --stages go with --format text");
+  }
+  MemoryGateway gateway;
+  if (m_model) {
+    ModelReader::ReadFile(*m_model, gateway);
+  } else {
+    ModelReader::ReadDefault(gateway);
+  }
+  const RepositoryNames names(gateway);
+  if (m_query == "-") m_file = "-";
+  const std::string text = m_file ? ReadText(*m_file, streams.m_in) : m_query;
+
+  QueryStages stages(gateway);
+  BuiltList built;
+  try {
+    const SqlQuery query(text);
+    built = QueryBuilder(text, gateway, names, m_bStages ? &stages : nullptr).Build(query.GetSelect());
+  } catch (const SqlError& error) {
+    streams.m_err << MessageText(m_file && *m_file != "-" ? *m_file : "", error, text);
+    return kExitError;
+  }
+
+  std::string output;
+  if (m_format == "json") {
+    output = WriteTreeJson(*built.m_list, &gateway, {.m_bIds = m_bIds});
+  } else if (m_format == "dot") {
+    output = WriteTreeDot(*built.m_list, &gateway, {.m_bIds = m_bIds});
+  } else {
+    if (m_bStages) output = stages.GetText() + "\n== request tree\n";
+    const std::string tree = RqDumpout::StringFrom(*built.m_list, false, !m_bOneLine, &gateway, m_bIds).ToUTF8();
+    output += tree.substr(std::min(tree.find_first_not_of(" \n"), tree.size()));
+    output += '\n';
+  }
+  BlockWriter writer(streams.m_out);
+  writer.Append(output);
+  writer.Flush();
+  return kExitSuccess;
+}

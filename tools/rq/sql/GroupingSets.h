@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <set>
+#include <vector>
+
+#include "rq/sql/SqlTree.h"
+
+/// The grouping sets that a GROUP BY clause says: each a set of columns, which a function numbers as they appear.
+class GroupingSets {
+ public:
+  using Set = std::set<std::size_t>;
+  using NumberColumn = std::function<std::size_t(SqlNode)>;
+
+  /// Raises SqlError for more than kMaxSets.
+  GroupingSets(SqlNode groupClause, const NumberColumn& numberColumn);
+
+  static constexpr std::size_t kMaxSets = 4096;
+
+  const std::vector<Set>& Get() const { return m_sets; }
+  /// Whether the clause says columns alone, and so one set.
+  bool IsPlain() const { return m_bPlain; }
+
+ private:
+  std::vector<Set> Expand(SqlNode item);
+  Set ColumnsOf(SqlNode item);
+
+  const NumberColumn& m_numberColumn;
+  std::vector<Set> m_sets{Set()};
+  bool m_bPlain = true;
+};

@@ -1,0 +1,529 @@
+#include "rq/sql/QueryBuilder.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
+#include "Host/KXThread.h"
+#include "HostMemory/MemoryObjects.h"
+#include "HostMemory/NearestNames.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqAtomicTable.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqDerivedTable.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqJoinSpec.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqSetOperator.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqWrapperList.h"
+#include "rq/sql/FromBuilder.h"
+#include "rq/sql/GroupingSets.h"
+#include "rq/sql/SqlNodeUtil.h"
+#include "rq/sql/SqlText.h"
+
+namespace {
+
+bool IsSetOperator(SqlNode select) {
+  const std::string_view op = select.Get("op").GetText();
+  return !op.empty() && op != "SETOP_NONE";
+}
+
+/// Whether a query says more than the set operator above it could.
+bool HasOwnEnd(SqlNode select) {
+  static constexpr std::string_view kClauses[] = {"sortClause", "limitCount", "limitOffset", "withClause"};
+  return std::ranges::any_of(kClauses, [&](std::string_view clause) { return !select.Get(clause).IsNone(); });
+}
+
+void RefuseUnsupportedClauses(SqlNode select) {
+  static constexpr std::pair<std::string_view, const char*> kClauses[] = {
+      {"intoClause", "INTO"},
+      {"lockingClause", "FOR UPDATE and its fellows"},
+      {"valuesLists", "VALUES"},
+      {"windowClause", "WINDOW"},
+  };
+  for (const auto& [clause, name] : kClauses) {
+    const SqlNode node = select.Get(clause);
+    if (!node.IsNone()) throw SqlError(PlaceOfNode(node), std::string(name) + " is not supported");
+  }
+  // DISTINCT alone is a list with an empty element.
+  for (const SqlNode on : select.Get("distinctClause").GetElements()) {
+    if (!on.GetKind().empty()) throw SqlError(PlaceOfNode(on), "DISTINCT ON is not supported");
+  }
+}
+
+bool IsStar(SqlNode target) {
+  const std::vector<SqlNode> fields = target.Get("fields").GetElements();
+  return target.GetKind() == "ColumnRef" && !fields.empty() && fields.back().GetKind() == "A_Star";
+}
+
+/// The position that a plain integer names; 0 for anything else.
+std::int64_t PositionOf(SqlNode node) {
+  const SqlNode integer = node.Get("ival");
+  return node.GetKind() == "A_Const" && !integer.IsNone() ? integer.Get("ival").GetNumber() : 0;
+}
+
+/// The only part of a name; empty for all else.
+std::string_view BareName(SqlNode node) {
+  const std::vector<SqlNode> fields = node.Get("fields").GetElements();
+  if (node.GetKind() != "ColumnRef" || fields.size() != 1) return {};
+  return fields.front().Get("sval").GetText();
+}
+
+/// The index of the one output column of that name; none if there is none.
+std::optional<int> FindOutput(const std::vector<std::string>& names, std::string_view name, SqlNode node) {
+  if (name.empty()) return {};
+  const auto it = std::ranges::find(names, name);
+  if (it == names.end()) return {};
+  if (std::find(it + 1, names.end(), name) != names.end()) {
+    throw SqlError(PlaceOfNode(node),
+                   "several columns of the select list are called " + ForMessage(name, kMaxQuotedCharacters));
+  }
+  return static_cast<int>(it - names.begin());
+}
+
+int CheckPosition(std::int64_t position, std::size_t numColumns, SqlNode node) {
+  if (position < 1 || position > static_cast<std::int64_t>(numColumns)) {
+    throw SqlError(PlaceOfNode(node), "the select list has no column " + std::to_string(position));
+  }
+  return static_cast<int>(position) - 1;
+}
+
+RqSortSpec::SortDirection DirectionOf(SqlNode sortBy) {
+  const std::string_view direction = sortBy.Get("sortby_dir").GetText();
+  if (direction == "SORTBY_USING") RaiseUnsupported(sortBy, "an operator to sort by");
+  return direction == "SORTBY_DESC" ? RqSortSpec::kDesc : RqSortSpec::kAsc;
+}
+
+RqSortSpec::NullSortDirection NullDirectionOf(SqlNode sortBy) {
+  const std::string_view nulls = sortBy.Get("sortby_nulls").GetText();
+  if (nulls == "SORTBY_NULLS_FIRST") return RqSortSpec::kFirst;
+  return nulls == "SORTBY_NULLS_LAST" ? RqSortSpec::kLast : RqSortSpec::kNoCare;
+}
+
+std::vector<std::string> AliasColumnsOf(SqlNode node) {
+  std::vector<std::string> names;
+  for (const std::string_view name : TextsOf(node.Get("alias", "colnames"))) names.emplace_back(name);
+  return names;
+}
+
+}  // namespace
+
+QueryBuilder::QueryBuilder(std::string_view text, MemoryGateway& gateway, const RepositoryNames& names,
+                           QueryObserver* pObserver)
+    : m_text(text), m_gateway(gateway), m_names(names), m_pObserver(pObserver) {}
+
+ConditionBuilder QueryBuilder::MakeExprBuilder(QueryScope& scope) {
+  m_context.m_pScope = &scope;
+  return ConditionBuilder(m_text, m_context);
+}
+
+OwnedRqExprPtr QueryBuilder::BuildValue(SqlNode node, QueryScope& scope) {
+  SqlScope* const pOuter = m_context.m_pScope;
+  OwnedRqExprPtr value = MakeExprBuilder(scope).BuildValue(node);
+  m_context.m_pScope = pOuter;
+  return value;
+}
+
+OwnedRqExprCondPtr QueryBuilder::BuildCondition(SqlNode node, QueryScope& scope) {
+  SqlScope* const pOuter = m_context.m_pScope;
+  OwnedRqExprCondPtr cond = MakeExprBuilder(scope).BuildCondition(node);
+  m_context.m_pScope = pOuter;
+  return cond;
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Queries
+
+BuiltList QueryBuilder::BuildList(SqlNode select, QueryScope* pOuter) {
+  KXThread::LowStackCheck(0);
+  RefuseUnsupportedClauses(select);
+  const SqlNode withClause = select.Get("withClause");
+  if (!withClause.IsNone()) OpenCommonExprs(withClause);
+  BuiltList built = IsSetOperator(select) ? BuildSetOperator(select, pOuter) : BuildBlock(select, pOuter);
+  if (!withClause.IsNone()) m_withClauses.pop_back();
+  return built;
+}
+
+BuiltList QueryBuilder::BuildBlock(SqlNode select, QueryScope* pOuter) {
+  QueryScope scope(*this, pOuter);
+  BuiltList built;
+  Heap<RqList> list(new RqList(0));
+  FromBuilder from(*this, scope, pOuter);
+  if (Heap<RqJoinSpec> joinSpec = from.Build(select)) list->SetJoinSpec(joinSpec.Release());
+  if (OwnedRqExprCondPtr residual = from.ReleaseResidual()) list->ConcatenateToDetailFilter(residual.Release());
+  if (const SqlNode where = select.Get("whereClause"); !where.IsNone()) {
+    list->ConcatenateToDetailFilter(BuildCondition(where, scope).Release());
+  }
+  BuildSelectList(select, scope, *list, built.m_names);
+  BuildGroupBy(select, scope, *list, built.m_names);
+  if (const SqlNode having = select.Get("havingClause"); !having.IsNone()) {
+    list->SetHaving(new RqHaving(BuildCondition(having, scope).Release()));
+  }
+  list->SetDistinct(!select.Get("distinctClause").GetElements().empty());
+  BuildOrderBy(select, scope, *list, built.m_names);
+  SetLimits(select, *list);
+  if (m_pObserver) m_pObserver->OnBlock(*list);
+  CompileJoins(*list);
+  built.m_list = Heap<RqAbstractList>(list.Release());
+  return built;
+}
+
+void QueryBuilder::CompileJoins(RqList& list) {
+  RqJoinSpec* const pJoinSpec = list.GetJoinSpec();
+  if (!pJoinSpec) return;
+  std::vector<RqJoinNode*> nodes;
+  for (int i = 0; i < pJoinSpec->GetNumTableReferences(); ++i) {
+    nodes.push_back(static_cast<RqJoinNode*>(pJoinSpec->ReleaseIthChild(i)));
+  }
+  OwnedRqExprCondPtr residual;
+  list.SetJoinSpec(RqJoinSpec::CompileLinkGraph(nodes, residual, &m_gateway, true));
+  if (residual) list.ConcatenateToDetailFilter(residual.Release());
+}
+
+BuiltList QueryBuilder::BuildSetOperator(SqlNode select, QueryScope* pOuter) {
+  const std::string_view op = select.Get("op").GetText();
+  const bool bAll = select.Get("all").IsTrue();
+  // A chain of one operator is one node: its branches come from the innermost operator outwards.
+  std::vector<SqlNode> branches{select.Get("rarg")};
+  SqlNode left = select.Get("larg");
+  while (left.Get("op").GetText() == op && left.Get("all").IsTrue() == bAll && !HasOwnEnd(left)) {
+    branches.push_back(left.Get("rarg"));
+    left = left.Get("larg");
+  }
+  branches.push_back(left);
+  std::ranges::reverse(branches);
+
+  BuiltList built;
+  OwnedRqPtrVector<std::vector<RqAbstractList*>> lists;
+  for (const SqlNode branch : branches) {
+    BuiltList next = BuildList(branch, pOuter);
+    if (lists.empty()) {
+      built.m_names = next.m_names;
+    } else if (next.m_names.size() != built.m_names.size()) {
+      throw SqlError(PlaceOfNode(branch), "this query has " + std::to_string(next.m_names.size()) +
+                                              " columns, and the first one of the set operation has " +
+                                              std::to_string(built.m_names.size()));
+    }
+    lists.push_back(next.m_list.Get());
+    static_cast<void>(next.m_list.Release());
+  }
+  std::vector<RqAbstractList*> taken;
+  taken.swap(lists);
+  if (op == "SETOP_UNION") {
+    built.m_list = Heap<RqAbstractList>(new RqUnion(taken, bAll));
+  } else if (op == "SETOP_INTERSECT") {
+    built.m_list = Heap<RqAbstractList>(new RqIntersect(taken, bAll));
+  } else {
+    built.m_list = Heap<RqAbstractList>(new RqExcept(taken, bAll));
+  }
+  if (!select.Get("sortClause").IsNone()) built = OrderSetOperator(select, std::move(built));
+  SetLimits(select, *built.m_list);
+  return built;
+}
+
+/// A set operator has no sort: a block around it does.
+BuiltList QueryBuilder::OrderSetOperator(SqlNode select, BuiltList built) {
+  QueryScope scope(*this, nullptr);
+  BuiltList ordered{Heap<RqAbstractList>(), built.m_names};
+  Heap<RqList> list(new RqList(0));
+  Heap<RqAbstractTable> table = MakeDerivedTable(std::move(built), select, std::string(), scope);
+  Heap<RqTableReference> reference(
+      new RqTableReference(SqlTableRef::kInnerJoin, table.Release(), nullptr, nullptr, kDriving_UnknownTable));
+  std::vector<RqJoinNode*> nodes{new RqJoinNode(reference.Release(), false)};
+  list->SetJoinSpec(new RqJoinSpec(nodes));
+  const TableSource& source = scope.GetSources().front();
+  for (std::size_t i = 0; i < source.GetNumColumns(); ++i) {
+    list->GetProjection()->AddColumn(
+        new RqDerivedColumn(source.MakeColumn(i).Release(), RqDerivedColumn::kUnknownColumnNum));
+  }
+  BuildOrderBy(select, scope, *list, ordered.m_names);
+  ordered.m_list = Heap<RqAbstractList>(list.Release());
+  return ordered;
+}
+
+Heap<RqExprSubquery> QueryBuilder::BuildSubquery(SqlNode select, QueryScope& outer, std::size_t nColumns) {
+  BuiltList built = BuildList(select, &outer);
+  if (nColumns != 0 && built.m_names.size() != nColumns) {
+    throw SqlError(PlaceOfNode(select), "the subquery has " + std::to_string(built.m_names.size()) + " columns, and " +
+                                            std::to_string(nColumns) + " are needed here");
+  }
+  return Heap<RqExprSubquery>(new RqExprPhysicalSubquery(built.m_list.Release(), &m_gateway));
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Clauses
+
+void QueryBuilder::BuildSelectList(SqlNode select, QueryScope& scope, RqList& list, std::vector<std::string>& names) {
+  for (const SqlNode target : select.Get("targetList").GetElements()) {
+    const SqlNode value = target.Get("val");
+    if (IsStar(value)) {
+      AddAllColumns(value, scope, list, names);
+      continue;
+    }
+    list.GetProjection()->AddColumn(
+        new RqDerivedColumn(BuildValue(value, scope).Release(), RqDerivedColumn::kUnknownColumnNum));
+    std::string name(target.Get("name").GetText());
+    if (name.empty() && value.GetKind() == "ColumnRef") name = MakeExprBuilder(scope).ReadNames(value).back();
+    names.push_back(std::move(name));
+  }
+  if (names.empty()) throw SqlError(PlaceOfNode(select), "the query selects no column");
+}
+
+void QueryBuilder::AddAllColumns(SqlNode node, QueryScope& scope, RqList& list, std::vector<std::string>& names) {
+  const auto add = [&](OwnedRqExprPtr column, const std::string& name) {
+    list.GetProjection()->AddColumn(new RqDerivedColumn(column.Release(), RqDerivedColumn::kUnknownColumnNum));
+    names.push_back(name);
+  };
+  std::vector<std::string> qualifier;
+  for (const SqlNode field : node.Get("fields").GetElements()) {
+    if (field.GetKind() == "String") qualifier.emplace_back(field.Get("sval").GetText());
+  }
+  if (qualifier.empty()) {
+    for (const QueryScope::MergedColumn& merged : scope.GetMergedColumns()) {
+      if (std::ranges::find(names, merged.m_name) == names.end()) add(scope.MakeMergedColumn(merged), merged.m_name);
+    }
+  }
+  const std::vector<TableSource>& sources = scope.GetSources();
+  bool bFound = false;
+  for (std::size_t source = 0; source < sources.size(); ++source) {
+    if (!qualifier.empty() && !sources[source].IsCalled(qualifier)) continue;
+    bFound = true;
+    for (std::size_t i = 0; i < sources[source].GetNumColumns(); ++i) {
+      if (qualifier.empty() && scope.IsMerged({source, i})) continue;
+      add(sources[source].MakeColumn(i), sources[source].GetColumnName(i));
+    }
+  }
+  if (!bFound) {
+    throw SqlError(PlaceOfNode(node),
+                   qualifier.empty()
+                       ? "there is no FROM to take all columns of"
+                       : "there is no table " + ForMessage(qualifier.back(), kMaxQuotedCharacters) + " in this FROM");
+  }
+}
+
+/// A column of the tables goes before an alias of the select list, as the standard has it.
+OwnedRqExprPtr QueryBuilder::BuildGroupingColumn(SqlNode node, QueryScope& scope, const RqList& list,
+                                                 const std::vector<std::string>& names) {
+  const auto copyOutput = [&list](int index) {
+    return OwnedRqExprPtr(list.GetProjection()->GetIthColumn(index)->GetExpr()->DeepExprCopy(true));
+  };
+  if (const std::int64_t position = PositionOf(node); position != 0) {
+    return copyOutput(CheckPosition(position, names.size(), node));
+  }
+  const std::string_view name = BareName(node);
+  const bool bIsColumn = !name.empty() && !scope.FindColumns(name, 0, scope.GetSources().size()).empty();
+  if (!bIsColumn) {
+    if (const std::optional<int> output = FindOutput(names, name, node)) return copyOutput(*output);
+  }
+  return BuildValue(node, scope);
+}
+
+void QueryBuilder::BuildGroupBy(SqlNode select, QueryScope& scope, RqList& list,
+                                const std::vector<std::string>& names) {
+  const SqlNode groupClause = select.Get("groupClause");
+  if (groupClause.IsNone()) return;
+  if (select.Get("groupDistinct").IsTrue()) RaiseUnsupported(groupClause, "GROUP BY DISTINCT");
+  OwnedRqExprVector columns;
+  const RqEquivalence equivalence;
+  const GroupingSets sets(groupClause, [&](SqlNode node) {
+    OwnedRqExprPtr column = BuildGroupingColumn(node, scope, list, names);
+    const auto it = std::ranges::find_if(columns, [&](RqExpr* pOther) { return equivalence(*pOther, *column); });
+    const auto number = static_cast<std::size_t>(it - columns.begin());
+    if (it == columns.end()) {
+      columns.push_back(column.Get());
+      static_cast<void>(column.Release());
+    }
+    return number;
+  });
+
+  // The grouping drops constants, so the columns are found again by what they are.
+  std::vector<OwnedRqExprPtr> numbered;
+  for (const RqExpr* const pColumn : columns) numbered.emplace_back(pColumn->DeepExprCopy(true));
+  RqExprVector donated;
+  donated.swap(columns);
+  Heap<RqGroupBy> groupBy(new RqGroupBy(donated, false));
+  if (!sets.IsPlain()) {
+    constexpr int kMaxColumns = 31;
+    const int numColumns = groupBy->GetNumColumns();
+    if (numColumns > kMaxColumns) throw SqlError(PlaceOfNode(groupClause), "grouping sets have at most 31 columns");
+    Int32Vector ids;
+    for (const GroupingSets::Set& set : sets.Get()) {
+      std::int32_t id = 0;
+      for (int i = 0; i < numColumns; ++i) {
+        const bool bInSet = std::ranges::any_of(
+            set, [&](std::size_t number) { return equivalence(*groupBy->GetIthColumn(i), *numbered[number]); });
+        if (!bInSet) id |= 1 << (numColumns - 1 - i);
+      }
+      ids.push_back(id);
+    }
+    groupBy->SetGroupingSet(ids);
+  }
+  list.SetGroupBy(groupBy.Release());
+}
+
+void QueryBuilder::BuildOrderBy(SqlNode select, QueryScope& scope, RqList& list,
+                                const std::vector<std::string>& names) {
+  const SqlNode sortClause = select.Get("sortClause");
+  if (sortClause.IsNone()) return;
+  Heap<RqOrderBy> orderBy(new RqOrderBy);
+  RqProjection& projection = *list.GetProjection();
+  for (const SqlNode sortBy : sortClause.GetElements()) {
+    const SqlNode node = sortBy.Get("node");
+    RqDerivedColumn* pColumn = nullptr;
+    bool bHidden = false;
+    if (const std::int64_t position = PositionOf(node); position != 0) {
+      pColumn = projection.GetIthColumn(CheckPosition(position, names.size(), node));
+    } else if (const std::optional<int> output = FindOutput(names, BareName(node), node)) {
+      pColumn = projection.GetIthColumn(*output);
+    } else {
+      const OwnedRqExprPtr value = BuildValue(node, scope);
+      pColumn = projection.InsertColumnExpr(value.Get(), bHidden, false);
+      bHidden = projection.FindColumnIndex(pColumn) >= static_cast<int>(names.size());
+      if (bHidden && list.IsDistinct()) {
+        throw SqlError(PlaceOfNode(node), "a query with DISTINCT is sorted by what it selects");
+      }
+    }
+    const Heap<RqSortSpec> spec(new RqSortSpec(pColumn->GetColumnNum(), DirectionOf(sortBy), bHidden,
+                                               pColumn->GetExpr()->IsConstant(), NullDirectionOf(sortBy)));
+    orderBy->AddSortSpec(*spec);
+  }
+  list.SetOrderBy(orderBy.Release());
+}
+
+void QueryBuilder::SetLimits(SqlNode select, RqAbstractList& list) {
+  if (select.Get("limitOption").GetText() == "LIMIT_OPTION_WITH_TIES") {
+    throw SqlError(PlaceOfNode(select.Get("limitCount")), "WITH TIES is not supported");
+  }
+  if (const SqlNode limit = select.Get("limitCount"); !limit.IsNone() && !limit.Get("isnull").IsTrue()) {
+    list.SetRowNumLimit(ReadRowNumber(limit, "LIMIT", 1));
+  }
+  if (const SqlNode offset = select.Get("limitOffset"); !offset.IsNone()) {
+    list.SetRowNumOffset(ReadRowNumber(offset, "OFFSET", 0));
+  }
+}
+
+std::uint32_t QueryBuilder::ReadRowNumber(SqlNode node, const char* clause, std::uint32_t least) {
+  std::uint64_t number = 0;
+  bool bRead = false;
+  if (const SqlNode integer = node.Get("ival"); !integer.IsNone()) {
+    const std::int64_t value = integer.Get("ival").GetNumber();
+    bRead = value >= 0;
+    number = static_cast<std::uint64_t>(value);
+  } else if (const std::string_view digits = node.Get("fval", "fval").GetText(); !digits.empty()) {
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    bRead = error == std::errc() && end == digits.data() + digits.size();
+  }
+  if (node.GetKind() != "A_Const" || !bRead || number < least || number > std::numeric_limits<std::uint32_t>::max()) {
+    throw SqlError(PlaceOfNode(node),
+                   std::string(clause) + " takes a whole number from " + std::to_string(least) + " to 4294967295");
+  }
+  return static_cast<std::uint32_t>(number);
+}
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Tables
+
+Heap<RqAbstractTable> QueryBuilder::BuildTable(SqlNode node, QueryScope& scope, QueryScope* pOuter) {
+  const std::string alias(node.Get("alias", "aliasname").GetText());
+  if (node.GetKind() == "RangeSubselect") {
+    if (node.Get("lateral").IsTrue()) RaiseUnsupported(node, "LATERAL");
+    return MakeDerivedTable(BuildList(node.Get("subquery"), pOuter), node, alias, scope);
+  }
+  if (node.GetKind() != "RangeVar") RaiseUnsupported(node, "this kind of table");
+
+  std::vector<std::string> path;
+  for (const std::string_view field : {"catalogname", "schemaname", "relname"}) {
+    if (const std::string_view name = node.Get(field).GetText(); !name.empty()) path.emplace_back(name);
+  }
+  if (path.size() == 1) {
+    if (CommonExpr* const pCommon = FindCommonExpr(path[0])) return BuildCommonExprTable(*pCommon, node, scope);
+  }
+  KXStringVector names;
+  for (const std::string& name : path) names.push_back(ToText(name));
+  NameLookup lookup = m_names.FindPhysicalTable(names);
+  const bool bPhysical = static_cast<bool>(lookup);
+  if (!bPhysical) {
+    const NameLookup anyTable = m_names.FindTable(names);
+    if (!anyTable) throw SqlError(PlaceOfNode(node), anyTable.m_cause.ToUTF8());
+    lookup = anyTable;
+  }
+  const int number = bPhysical ? ++m_numTables : 0;
+  TableSource source(m_gateway, m_names, lookup.m_id, number, alias);
+  if (!source.RenameColumns(AliasColumnsOf(node))) {
+    throw SqlError(PlaceOfNode(node), "the alias names more columns than the table has");
+  }
+  scope.AddSource(std::move(source), node);
+  if (bPhysical) return Heap<RqAbstractTable>(new RqAtomicTable(&m_gateway, number, lookup.m_id));
+  return Heap<RqAbstractTable>(new RqEntity(&m_gateway, lookup.m_id));
+}
+
+Heap<RqAbstractTable> QueryBuilder::MakeDerivedTable(BuiltList built, SqlNode node, const std::string& alias,
+                                                     QueryScope& scope) {
+  RqProjection* const pProjection = built.m_list->GetProjection();
+  const int number = ++m_numTables;
+  TableSource source(number, alias, *pProjection, std::move(built.m_names));
+  if (!source.RenameColumns(AliasColumnsOf(node))) {
+    throw SqlError(PlaceOfNode(node), "the alias names more columns than the query has");
+  }
+  Heap<RqAbstractTable> table(new RqDerivedTable(built.m_list.Release(), number));
+  scope.AddSource(std::move(source), node);
+  return table;
+}
+
+void QueryBuilder::OpenCommonExprs(SqlNode withClause) {
+  if (withClause.Get("recursive").IsTrue()) RaiseUnsupported(withClause, "WITH RECURSIVE");
+  m_withClauses.push_back(std::make_unique<WithClause>());
+  for (const SqlNode node : withClause.Get("ctes").GetElements()) {
+    CommonExpr common;
+    common.m_query = node.Get("ctequery");
+    common.m_depth = m_withClauses.size();
+    if (common.m_query.GetKind() != "SelectStmt") throw SqlError(PlaceOfNode(node), "this is no query");
+    for (const std::string_view name : TextsOf(node.Get("aliascolnames"))) common.m_columnNames.emplace_back(name);
+    const std::string name(node.Get("ctename").GetText());
+    if (!m_withClauses.back()->emplace(name, std::move(common)).second) {
+      throw SqlError(PlaceOfNode(node), "WITH gives the name " + ForMessage(name, kMaxQuotedCharacters) + " twice");
+    }
+  }
+}
+
+QueryBuilder::CommonExpr* QueryBuilder::FindCommonExpr(const std::string& name) {
+  for (auto it = m_withClauses.rbegin(); it != m_withClauses.rend(); ++it) {
+    const auto found = (*it)->find(name);
+    // A query of a WITH clause does not see itself: its name then means what it means outside.
+    if (found != (*it)->end() && !found->second.m_bBeingBuilt) return &found->second;
+  }
+  return nullptr;
+}
+
+Heap<RqAbstractTable> QueryBuilder::BuildCommonExprTable(CommonExpr& common, SqlNode node, QueryScope& scope) {
+  const std::string name(node.Get("relname").GetText());
+  std::string alias(node.Get("alias", "aliasname").GetText());
+  if (alias.empty()) alias = name;
+  if (common.m_pList) {
+    // A reader of what stands elsewhere has a select list of its own.
+    Heap<RqProjection> projection(new RqProjection(0));
+    RqProjection& shared = *common.m_pList->GetProjection();
+    for (int i = 0; i < static_cast<int>(common.m_names.size()); ++i) {
+      projection->AddColumn(new RqDerivedColumn(new RqDerivedColumnReference(shared.GetIthColumn(i)),
+                                                RqDerivedColumn::kUnknownColumnNum));
+    }
+    BuiltList built{Heap<RqAbstractList>(new RqSharedList(projection.Release(), common.m_pList)), common.m_names};
+    return MakeDerivedTable(std::move(built), node, alias, scope);
+  }
+
+  // The query sees the WITH clauses around it, and no block that reads it.
+  common.m_bBeingBuilt = true;
+  const auto begin = m_withClauses.begin() + static_cast<std::ptrdiff_t>(common.m_depth);
+  std::vector<std::unique_ptr<WithClause>> inner(std::make_move_iterator(begin),
+                                                 std::make_move_iterator(m_withClauses.end()));
+  m_withClauses.resize(common.m_depth);
+  BuiltList built = BuildList(common.m_query, nullptr);
+  std::ranges::move(inner, std::back_inserter(m_withClauses));
+  common.m_bBeingBuilt = false;
+
+  if (common.m_columnNames.size() > built.m_names.size()) {
+    throw SqlError(PlaceOfNode(node), "WITH names more columns than its query has");
+  }
+  std::ranges::copy(common.m_columnNames, built.m_names.begin());
+  common.m_pList = built.m_list.Get();
+  common.m_names = built.m_names;
+  Heap<RqAbstractTable> table = MakeDerivedTable(std::move(built), node, alias, scope);
+  static_cast<RqDerivedTable&>(*table).SetCommonExprName(ToText(name));
+  return table;
+}

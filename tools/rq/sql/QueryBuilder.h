@@ -1,0 +1,103 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "HostMemory/MemoryGateway.h"
+#include "HostMemory/RepositoryNames.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqList.h"
+#include "rq/sql/ConditionBuilder.h"
+#include "rq/sql/QueryScope.h"
+
+/// A list of a request and the names of its columns, for which the tree has no place.
+struct BuiltList {
+  Heap<RqAbstractList> m_list;
+  std::vector<std::string> m_names;  ///< Empty for a column that the text does not name.
+};
+
+/// Is told of the blocks of a query while they are built.
+class QueryObserver {
+ public:
+  virtual ~QueryObserver() = default;
+  /// A block with all its clauses, innermost blocks first, while its joins still stand as links alone. Lent.
+  virtual void OnBlock(RqList& list) = 0;
+};
+
+/// Builds the request tree of a query as a navigator leaves it for the optimizer: blocks with their clauses, tables as
+/// nodes of a join graph and joins as its links.
+///
+///   tables          a name of a physical table of the model or, if there is none, of a logical one, with any of its
+///                   containers in front; each physical and each derived table has a number of its own in the query
+///   joins           ON, USING and NATURAL as conditions. Outer joins are folded into table references, and inner ones
+///                   stay links, whose conditions stand in table references too; those that join no two tables go to
+///                   the filter
+///   derived tables  subqueries in FROM and common table expressions; of one that is read more than once the first
+///                   reader has the block and the others share it
+///   grouping        columns, positions and aliases; ROLLUP, CUBE and GROUPING SETS as the sets that they say
+///   order           names, positions and expressions; one that is not selected becomes a hidden column
+///   set operators   of one kind in a row as one node
+///   subqueries      as a value, in IN, EXISTS, ANY and ALL, with columns of the queries around them
+///
+/// Raises SqlError at the place of anything else, and ErrorMessage when the stack runs low.
+class QueryBuilder {
+ public:
+  /// All are lent; the observer may be null. The tree refers to the gateway's objects by identifier.
+  QueryBuilder(std::string_view text, MemoryGateway& gateway, const RepositoryNames& names,
+               QueryObserver* pObserver = nullptr);
+
+  BuiltList Build(SqlNode select) { return BuildList(select, nullptr); }
+
+  // For the parts of the builder.
+
+  /// A list with the names of the scopes around it.
+  BuiltList BuildList(SqlNode select, QueryScope* pOuter);
+  Heap<RqExprSubquery> BuildSubquery(SqlNode select, QueryScope& outer, std::size_t nColumns);
+  /// A table of a FROM clause, which the scope then knows.
+  Heap<RqAbstractTable> BuildTable(SqlNode node, QueryScope& scope, QueryScope* pOuter);
+  OwnedRqExprCondPtr BuildCondition(SqlNode node, QueryScope& scope);
+
+ private:
+  /// A common table expression: its query, and once it has been read the block that its first reader has.
+  struct CommonExpr {
+    SqlNode m_query;
+    std::vector<std::string> m_columnNames;
+    std::size_t m_depth = 0;  ///< The WITH clauses around it, which its query sees.
+    RqAbstractList* m_pList = nullptr;
+    std::vector<std::string> m_names;
+    bool m_bBeingBuilt = false;
+  };
+
+  using WithClause = std::map<std::string, CommonExpr>;
+
+  BuiltList BuildSetOperator(SqlNode select, QueryScope* pOuter);
+  BuiltList BuildBlock(SqlNode select, QueryScope* pOuter);
+  void BuildSelectList(SqlNode select, QueryScope& scope, RqList& list, std::vector<std::string>& names);
+  void AddAllColumns(SqlNode node, QueryScope& scope, RqList& list, std::vector<std::string>& names);
+  void BuildGroupBy(SqlNode select, QueryScope& scope, RqList& list, const std::vector<std::string>& names);
+  OwnedRqExprPtr BuildGroupingColumn(SqlNode node, QueryScope& scope, const RqList& list,
+                                     const std::vector<std::string>& names);
+  void BuildOrderBy(SqlNode select, QueryScope& scope, RqList& list, const std::vector<std::string>& names);
+  BuiltList OrderSetOperator(SqlNode select, BuiltList built);
+  void CompileJoins(RqList& list);
+  void SetLimits(SqlNode select, RqAbstractList& list);
+  std::uint32_t ReadRowNumber(SqlNode node, const char* clause, std::uint32_t least);
+  void OpenCommonExprs(SqlNode withClause);
+  CommonExpr* FindCommonExpr(const std::string& name);
+  Heap<RqAbstractTable> BuildCommonExprTable(CommonExpr& common, SqlNode node, QueryScope& scope);
+  Heap<RqAbstractTable> MakeDerivedTable(BuiltList built, SqlNode node, const std::string& alias, QueryScope& scope);
+
+  OwnedRqExprPtr BuildValue(SqlNode node, QueryScope& scope);
+  ConditionBuilder MakeExprBuilder(QueryScope& scope);
+
+  std::string_view m_text;
+  MemoryGateway& m_gateway;
+  const RepositoryNames& m_names;
+  QueryObserver* m_pObserver;
+  SqlContext m_context;
+  int m_numTables = 0;
+  /// The WITH clauses around the query being built, the innermost last.
+  std::vector<std::unique_ptr<WithClause>> m_withClauses;
+};
