@@ -6,14 +6,17 @@
 #include <set>
 
 #include "Blocks/BlockSamples.h"
+#include "Host/DataBlobUtil.h"
 #include "Host/SUSystemConfig.h"
 #include "HostMemory/MemoryGateway.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqReattach.h"
 #include "Query/Optimizer/Request/Conditions/SQORExprSubsumption.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprSubquery.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprUtility.h"
 #include "Query/Optimizer/Request/Features/SQORFeaturesMgr.h"
 #include "Query/Optimizer/Request/Node/SQORRqHandleNode.h"
 #include "Query/Optimizer/Request/Node/SQORRqNodeUtil.h"
+#include "Query/Optimizer/Request/Node/SQORRqTreeVector.h"
 #include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
 
 namespace {
@@ -128,6 +131,13 @@ TEST(List, EquivalenceLooksAtTheSummaryFilterOnlyBesideADetailFilter) {
   EXPECT_FALSE(unionAll.IsEquivalent(unionAll));
 }
 
+TEST(List, AFilterThatWasReadWithoutAConditionTakesOne) {
+  const Heap<RqList> list(List({Col(L"a")}));
+  list->SetDetailFilter(new RqDetailFilter);
+  for (int i = 1; i <= 2; ++i) list->ConcatenateToDetailFilter(Equal(Col(L"a"), Int(i)));
+  EXPECT_EQ(TextOf(*list), " RqList   T1.a as c1 DetailFilter: T1.a = 1 and T1.a = 2");
+}
+
 TEST(List, TellsWhatItWraps) {
   RqList* const pInner = List({Col(L"a")}, {Table(1)});
   pInner->GetJoinSpec()->GetIthTableReference(0)->MarkTargetType(ServerInfo::kSQLite);
@@ -136,6 +146,9 @@ TEST(List, TellsWhatItWraps) {
   EXPECT_FALSE(wrapper->IsOpaqueTableWrapper());
   EXPECT_FALSE(wrapper->IsLeafCandidate());
   EXPECT_TRUE(wrapper->IsLeafParent());
+  EXPECT_TRUE(pInner->IsLeafCandidate());
+  pInner->GetJoinSpec()->SetNumTableReferences(2);
+  EXPECT_FALSE(pInner->IsLeafCandidate());
   const Heap<RqList> leaf(List({Col(L"a")}, {Table(1)}));
   EXPECT_FALSE(leaf->IsArtifactListNode());
   EXPECT_FALSE(leaf->IsLeafParent());
@@ -184,6 +197,56 @@ TEST(DerivedColumn, BreakStatusGoesDownThroughReferences) {
   const Heap<RqList> overUnion = Wrap(new RqUnion(lists, true), 3);
   overUnion->GetProjection()->GetIthColumn(0)->SetBreakStatus(RqDerivedColumn::kNoDuplicates);
   EXPECT_EQ(pBranch->GetBreakStatus(), RqDerivedColumn::kUnknownBreakStatus);
+}
+
+/// The block as it comes back from its bytes.
+Heap<RqList> ReadBack(RqList& list) {
+  ByteVector bytes;
+  RqTreeVector::ToByteVector(&list, bytes);
+  const BoundedRead bounds(bytes);
+  RqNode* pNode = nullptr;
+  RqTreeVector::FromByteVector(bytes.data(), &pNode);
+  return Heap(static_cast<RqList*>(pNode));
+}
+
+RqDerivedColumn& InnerColumn(RqList& list, int table, int column) {
+  RqDerivedTable* const pTable = list.GetJoinSpec()->GetIthTableReference(table)->GetDerivedTable();
+  return *pTable->GetInnerList()->GetProjection()->GetIthColumn(column);
+}
+
+TEST(Reattach, ColumnsThatReferToOneAnotherInACircle) {
+  for (int size = 1; size <= 6; ++size) {
+    SCOPED_TRACE(size);
+    std::vector<RqAbstractTable*> tables;
+    for (int i = 0; i < size; ++i) tables.push_back(new RqDerivedTable(List({Int(i)}), i));
+    const Heap<RqList> list(List({Int(0)}, tables));
+    for (int i = 0; i < size; ++i) {
+      RqDerivedColumn& column = InnerColumn(*list, i, 0);
+      column.SetExpr(new RqDerivedColumnReference(&InnerColumn(*list, (i + 1) % size, 0)));
+      column.SetBreakStatus(RqDerivedColumn::kNoDuplicates);
+    }
+    const Heap<RqList> read = ReadBack(*list);
+    ReattachRqList(read.Get());
+    EXPECT_EQ(TextOf(*read), TextOf(*list));
+    InnerColumn(*read, 0, 0).SetBreakStatus(RqDerivedColumn::kUnknownBreakStatus);
+    for (int i = 0; i < size; ++i) {
+      EXPECT_EQ(InnerColumn(*read, i, 0).GetBreakStatus(), RqDerivedColumn::kUnknownBreakStatus);
+    }
+  }
+}
+
+TEST(Reattach, TheFirstTableOfANumberThatHasTheColumnCounts) {
+  const Heap<RqList> list(
+      List({Int(1), Int(2)}, {new RqDerivedTable(List({Int(3)}), 2), new RqDerivedTable(List({Int(4), Int(5)}), 2)}));
+  for (int i = 0; i < 2; ++i) {
+    list->GetProjection()->GetIthColumn(i)->SetExpr(new RqDerivedColumnReference(&InnerColumn(*list, 1, i)));
+  }
+  const Heap<RqList> read = ReadBack(*list);
+  ReattachRqList(read.Get());
+  for (int i = 0; i < 2; ++i) {
+    const RqExpr* const pExpr = read->GetProjection()->GetIthColumn(i)->GetExpr();
+    EXPECT_EQ(static_cast<const RqDerivedColumnReference*>(pExpr)->GetDerivedColumn(), &InnerColumn(*read, i, i));
+  }
 }
 
 TEST(OrderBy, CopyMeansTheSameInAnotherBlock) {

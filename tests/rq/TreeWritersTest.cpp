@@ -184,8 +184,7 @@ KorvelNumber Number(const wchar_t* text) {
 }
 
 TEST_F(TreeWriters, WhatIsSaidOfANode) {
-  const auto derived = [](RqAbstractList* pList) { return new RqDerivedTable(pList, 7); };
-  const std::unique_ptr<RqDerivedTable> pShared(derived(new RqList(0)));
+  const auto pShared = std::make_unique<RqDerivedTable>(new RqList(0), 7);
   auto pDangling = std::make_unique<RqDerivedColumn>(Int(1), 5);
   RqNode* const pReferenceToNothing = new RqDerivedColumnReference(pDangling.get());
   pDangling.reset();
@@ -329,6 +328,17 @@ TEST_F(TreeWriters, DotOfAQuery) {
        }) {
     EXPECT_THAT(dot, testing::HasSubstr(line + std::string("\n")));
   }
+}
+
+TEST_F(TreeWriters, ASharedListLeadsToWhatItShares) {
+  RqList* const pInner = List({Int(1)}, {});
+  std::vector<RqAbstractList*> lists{List({Int(2)}, {Joined(new RqDerivedTable(pInner, 3))}),
+                                     new RqSharedList(nullptr, pInner)};
+  RqUnion all(lists, true);
+  const std::string dot = WriteTreeDot(all, nullptr, {});
+  CheckDot(dot);
+  EXPECT_THAT(dot, testing::HasSubstr("  n10 [label=\"RqList\\nshared\","));
+  EXPECT_THAT(dot, testing::HasSubstr("  n15 -> n10 [label=\"sharing\", style=dashed,"));
 }
 
 TEST_F(TreeWriters, EachSampleIsWhole) {

@@ -69,7 +69,7 @@ int CommandExplain::Run(CommandStreams& streams) {
     const SqlQuery query(text);
     built = QueryBuilder(text, gateway, names, m_bStages ? &stages : nullptr).Build(query.GetSelect());
   } catch (const SqlError& error) {
-    streams.m_err << MessageText(m_file && *m_file != "-" ? *m_file : "", error, text);
+    streams.m_err << MessageText(m_file && *m_file != "-" ? *m_file + ", " : "", error, text);
     return kExitError;
   }
 

@@ -34,7 +34,19 @@ std::set<int> GetTables(const RqExpr& expr, std::vector<TableSource>& sources) {
   return tables;
 }
 
-/// Takes the conjuncts of a condition, left to right.
+/// The conjuncts of a condition, left to right.
+void CollectConjuncts(const RqExprCond& cond, std::vector<const RqExprCond*>& conjuncts) {
+  KXThread::LowStackCheck(0);
+  if (!cond.IsAndCond()) {
+    conjuncts.push_back(&cond);
+    return;
+  }
+  for (int i = 0; i < cond.GetNumOperands(); ++i) {
+    CollectConjuncts(static_cast<const RqExprCond&>(*cond.GetIthChild(i)), conjuncts);
+  }
+}
+
+/// The same, taken out of the condition.
 void TakeConjuncts(OwnedRqExprCondPtr cond, std::vector<OwnedRqExprCondPtr>& conjuncts) {
   KXThread::LowStackCheck(0);
   if (!cond->IsAndCond()) {
@@ -47,6 +59,16 @@ void TakeConjuncts(OwnedRqExprCondPtr cond, std::vector<OwnedRqExprCondPtr>& con
 }
 
 bool IsTrue(SqlNode node) { return node.GetKind() == "A_Const" && node.Get("boolval", "boolval").IsTrue(); }
+
+/// The names that columns on both sides have, as on the left one, each once.
+std::vector<std::string> CommonNames(const NamedColumns& left, const NamedColumns& right) {
+  std::vector<std::string> common;
+  for (const NamedColumn& column : left) {
+    const bool bKnown = std::ranges::find(common, column.m_name) != common.end();
+    if (!bKnown && !FindNames(NamesOf(right), column.m_name).empty()) common.push_back(column.m_name);
+  }
+  return common;
+}
 
 SqlTableRef::JoinType JoinTypeOf(SqlNode join) {
   const std::string_view type = join.Get("jointype").GetText();
@@ -69,6 +91,7 @@ FromBuilder::JoinTreePtr FromBuilder::BuildItem(SqlNode node) {
   tree->m_table = m_builder.BuildTable(node, m_scope, m_pOuter);
   const int number = m_scope.GetSources()[source].GetNumber();
   tree->m_tables.insert(number != 0 ? number : LogicalTableKey(source));
+  tree->m_columns = m_scope.GetColumnsOf(source);
   return tree;
 }
 
@@ -79,69 +102,61 @@ FromBuilder::JoinTreePtr FromBuilder::BuildJoin(SqlNode node) {
   join->m_type = JoinTypeOf(node);
   const std::size_t begin = m_scope.GetSources().size();
   join->m_left = BuildItem(node.Get("larg"));
-  const std::size_t middle = m_scope.GetSources().size();
   join->m_right = BuildItem(node.Get("rarg"));
   join->m_tables = join->m_left->m_tables;
   join->m_tables.insert(join->m_right->m_tables.begin(), join->m_right->m_tables.end());
-  join->m_cond = BuildOn(node, begin, middle);
+  BuildOn(node, *join, begin);
   return join;
 }
 
-OwnedRqExprCondPtr FromBuilder::BuildOn(SqlNode node, std::size_t begin, std::size_t middle) {
+void FromBuilder::BuildOn(SqlNode node, JoinTree& join, std::size_t begin) {
   const SqlNode usingClause = node.Get("usingClause");
   if (!usingClause.IsNone()) {
     std::vector<std::string> names;
     for (const std::string_view name : TextsOf(usingClause)) names.emplace_back(name);
-    return BuildUsing(node, names, begin, middle);
+    return BuildUsing(node, join, names);
   }
-  if (node.Get("isNatural").IsTrue()) return BuildUsing(node, FindCommonNames(begin, middle), begin, middle);
+  if (node.Get("isNatural").IsTrue()) {
+    return BuildUsing(node, join, CommonNames(join.m_left->m_columns, join.m_right->m_columns));
+  }
+  join.m_columns = std::move(join.m_left->m_columns);
+  std::ranges::move(join.m_right->m_columns, std::back_inserter(join.m_columns));
   const SqlNode condition = node.Get("quals");
-  if (condition.IsNone() || IsTrue(condition)) return {};
-  m_scope.ShowSourcesFrom(begin);
-  OwnedRqExprCondPtr cond = m_builder.BuildCondition(condition, m_scope);
-  m_scope.ShowSourcesFrom(0);
-  return cond;
+  if (condition.IsNone() || IsTrue(condition)) return;
+  m_scope.Show(begin, join.m_columns);
+  join.m_cond = m_builder.BuildCondition(condition, m_scope);
 }
 
-std::vector<std::string> FromBuilder::FindCommonNames(std::size_t begin, std::size_t middle) const {
-  const std::vector<TableSource>& sources = m_scope.GetSources();
-  std::vector<std::string> common;
-  for (std::size_t source = begin; source < middle; ++source) {
-    for (std::size_t i = 0; i < sources[source].GetNumColumns(); ++i) {
-      const std::string& name = sources[source].GetColumnName(i);
-      if (name.empty() || std::ranges::find(common, name) != common.end()) continue;
-      if (!m_scope.FindColumns(name, middle, sources.size()).empty()) common.push_back(name);
+void FromBuilder::BuildUsing(SqlNode node, JoinTree& join, const std::vector<std::string>& names) {
+  NamedColumns merged;
+  NamedColumns left = std::move(join.m_left->m_columns);
+  NamedColumns right = std::move(join.m_right->m_columns);
+  const auto take = [node](NamedColumns& columns, const std::string& name) {
+    const std::vector<std::size_t> found = FindNames(NamesOf(columns), name);
+    if (found.size() != 1) {
+      throw SqlError(PlaceOfNode(node.Get("rarg")), "the join column " + ForMessage(name, kMaxQuotedCharacters) +
+                                                        (found.empty() ? " is not on both sides" : " is ambiguous"));
     }
-  }
-  return common;
-}
-
-OwnedRqExprCondPtr FromBuilder::BuildUsing(SqlNode node, const std::vector<std::string>& names, std::size_t begin,
-                                           std::size_t middle) {
-  OwnedRqExprCondPtr cond;
+    NamedColumn column = std::move(columns[found.front()]);
+    columns.erase(columns.begin() + static_cast<std::ptrdiff_t>(found.front()));
+    return column;
+  };
   for (const std::string& name : names) {
-    const std::vector<SourceColumn> left = m_scope.FindColumns(name, begin, middle);
-    const std::vector<SourceColumn> right = m_scope.FindColumns(name, middle, m_scope.GetSources().size());
-    if (left.size() != 1 || right.size() != 1) {
-      const bool bNone = left.empty() || right.empty();
-      throw SqlError(PlaceOfNode(node), "the join column " + ForMessage(name, kMaxQuotedCharacters) +
-                                            (bNone ? " is not on both sides" : " is ambiguous"));
-    }
-    const auto make = [this](const SourceColumn& column) {
-      return m_scope.GetSources()[column.m_source].MakeColumn(column.m_column);
-    };
-    OwnedRqExprPtr rightColumn = make(right.front());
-    cond = RqExprCondAnd::Concatenate(
-        cond.Release(), new RqExprCondEquality(make(left.front()).Release(), rightColumn.Release(), false));
-
-    const SqlTableRef::JoinType type = JoinTypeOf(node);
-    QueryScope::MergedColumn merged{.m_name = name, .m_parts = {left.front(), right.front()}};
-    // The side that keeps all its rows gives the value.
-    if (type == SqlTableRef::kRightOuterJoin) std::ranges::reverse(merged.m_parts);
-    merged.m_bCoalesced = type == SqlTableRef::kFullOuterJoin;
-    m_scope.AddMergedColumn(std::move(merged));
+    NamedColumn column = take(left, name);
+    NamedColumn other = take(right, name);
+    OwnedRqExprPtr leftValue = m_scope.MakeColumn(column);
+    OwnedRqExprPtr rightValue = m_scope.MakeColumn(other);
+    join.m_cond = RqExprCondAnd::Concatenate(join.m_cond.Release(),
+                                             new RqExprCondEquality(leftValue.Release(), rightValue.Release(), false));
+    // The side that keeps all its rows gives the value; of two such sides, the one that is not null.
+    if (join.m_type == SqlTableRef::kRightOuterJoin) column.m_values = std::move(other.m_values);
+    if (join.m_type == SqlTableRef::kFullOuterJoin)
+      std::ranges::copy(other.m_values, std::back_inserter(column.m_values));
+    merged.push_back(std::move(column));
   }
-  return cond;
+  join.m_columns = std::move(merged);
+  std::ranges::move(left, std::back_inserter(join.m_columns));
+  std::ranges::move(right, std::back_inserter(join.m_columns));
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -151,76 +166,129 @@ Heap<RqJoinSpec> FromBuilder::Build(SqlNode select) {
   const SqlNode from = select.Get("fromClause");
   if (from.IsNone()) return {};
   std::vector<JoinTreePtr> items;
-  for (const SqlNode node : from.GetElements()) items.push_back(BuildItem(node));
-  for (const JoinTreePtr& item : items) Flatten(*item, item == items.front());
+  NamedColumns columns;
+  for (const SqlNode node : from.GetElements()) {
+    items.push_back(BuildItem(node));
+    std::ranges::copy(items.back()->m_columns, std::back_inserter(columns));
+  }
+  m_scope.Show(0, std::move(columns));
+  for (const JoinTreePtr& item : items) {
+    Plan(*item);
+    Flatten(*item);
+  }
   std::vector<RqJoinNode*> nodes;
   nodes.swap(m_nodes);
   return Heap<RqJoinSpec>(new RqJoinSpec(nodes));
 }
 
-/// Whether an outer join stands as a link: it joins one node of the side that keeps its rows to one table or nest. The
-/// sides of a full join must be tables, and nothing may be joined to them before.
-bool FromBuilder::IsLink(const JoinTree& join, bool bFirst) const {
-  if (!join.m_cond) return false;
-  const bool bFull = join.m_type == SqlTableRef::kFullOuterJoin;
-  if (bFull && (!bFirst || !join.m_left->IsTable() || !join.m_right->IsTable())) return false;
-  const bool bRight = join.m_type == SqlTableRef::kRightOuterJoin;
-  const JoinTree& kept = bRight ? *join.m_right : *join.m_left;
-  const Unit& other = bRight ? join.m_left->m_tables : join.m_right->m_tables;
-  const std::set<int> tables = GetTables(*join.m_cond, m_scope.GetSources());
-  const auto touches = [&tables](const Unit& unit) {
-    return std::ranges::any_of(unit, [&tables](int table) { return tables.contains(table); });
-  };
-  const std::vector<Unit> units = GetUnits(kept, bFirst && !bRight);
-  return touches(other) && std::ranges::count_if(units, touches) == 1;
+/// The places of the units that a condition names.
+std::vector<std::size_t> FromBuilder::FindTouched(const Units& units, const RqExpr& cond) const {
+  const std::set<int> tables = GetTables(cond, m_scope.GetSources());
+  std::vector<std::size_t> touched;
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    if (std::ranges::any_of(units[i].m_tables, [&](int table) { return tables.contains(table); })) touched.push_back(i);
+  }
+  return touched;
 }
 
-/// The nodes that Flatten makes of an item.
-std::vector<FromBuilder::Unit> FromBuilder::GetUnits(const JoinTree& tree, bool bFirst) const {
-  if (tree.IsTable()) return {tree.m_tables};
-  const bool bInner = tree.m_type == SqlTableRef::kInnerJoin;
-  if (!bInner && !IsLink(tree, bFirst)) return {tree.m_tables};
-  std::vector<Unit> units;
-  const auto append = [&](const JoinTree& side, bool bWhole, bool bFirstSide) {
-    if (bWhole) {
-      units.push_back(side.m_tables);
-      return;
-    }
-    for (Unit& unit : GetUnits(side, bFirstSide)) units.push_back(std::move(unit));
-  };
-  append(*tree.m_left, tree.m_type == SqlTableRef::kRightOuterJoin, bFirst);
-  append(*tree.m_right, tree.m_type == SqlTableRef::kLeftOuterJoin || tree.m_type == SqlTableRef::kFullOuterJoin,
-         false);
-  return units;
+/// Whether the meaning stands an inner link between two units.
+bool FromBuilder::MayLink(const Units& units, std::size_t first, std::size_t second) {
+  if (units[first].m_bClosed || units[second].m_bClosed) return false;
+  const std::size_t part = units[first].m_part;
+  const std::size_t otherPart = units[second].m_part;
+  // Folding begins in the part that comes first, and goes on in the other one from the linked unit.
+  if (part != otherPart) return !units[part < otherPart ? second : first].m_bBehind;
+  return std::ranges::none_of(units,
+                              [part](const Unit& u) { return u.m_part == part && (u.m_bBehind || u.m_bClosed); });
 }
 
-void FromBuilder::Flatten(JoinTree& tree, bool bFirst) {
+/// Makes the parts of two units one.
+void FromBuilder::Link(Units& units, std::size_t first, std::size_t second) {
+  if (units[first].m_part > units[second].m_part) std::swap(first, second);
+  const std::size_t part = units[first].m_part;
+  const std::size_t otherPart = units[second].m_part;
+  if (part == otherPart) return;
+  for (Unit& unit : units) {
+    if (unit.m_part != otherPart) continue;
+    unit.m_part = part;
+    unit.m_bBehind |= units[first].m_bBehind;
+  }
+}
+
+void FromBuilder::Plan(JoinTree& tree) const {
   KXThread::LowStackCheck(0);
-  const bool bInner = tree.m_type == SqlTableRef::kInnerJoin;
-  if (tree.IsTable() || (!bInner && !IsLink(tree, bFirst))) {
-    AddNode(MakeReference(tree), tree.m_tables);
-    return;
+  if (!tree.IsTable()) {
+    Plan(*tree.m_left);
+    Plan(*tree.m_right);
+    if (tree.IsInner()) return PlanInner(tree);
+    PlanOuter(tree);
   }
-  const auto addSide = [this](JoinTree& side, bool bWhole, bool bFirstSide) {
-    if (bWhole) {
-      AddNode(MakeReference(side), side.m_tables);
-    } else {
-      Flatten(side, bFirstSide);
-    }
-  };
-  addSide(*tree.m_left, tree.m_type == SqlTableRef::kRightOuterJoin, bFirst);
-  addSide(*tree.m_right, tree.m_type == SqlTableRef::kLeftOuterJoin || tree.m_type == SqlTableRef::kFullOuterJoin,
-          false);
-  if (bInner) {
-    if (tree.m_cond) AddInnerLinks(std::move(tree.m_cond));
-  } else {
-    AddLink(std::move(tree.m_cond), tree.m_type);
+  if (tree.m_units.empty()) tree.m_units = {Unit{.m_tables = tree.m_tables}};
+}
+
+void FromBuilder::PlanInner(JoinTree& join) const {
+  Units& units = join.m_units;
+  units = std::move(join.m_left->m_units);
+  const std::size_t numLeft = units.size();
+  for (Unit& unit : join.m_right->m_units) {
+    unit.m_part += numLeft;
+    units.push_back(std::move(unit));
+  }
+  std::vector<const RqExprCond*> conjuncts;
+  if (join.m_cond) CollectConjuncts(*join.m_cond, conjuncts);
+  for (const RqExprCond* const pConjunct : conjuncts) {
+    const std::vector<std::size_t> touched = FindTouched(units, *pConjunct);
+    const bool bLink = touched.size() == 2 && MayLink(units, touched[0], touched[1]);
+    if (bLink) Link(units, touched[0], touched[1]);
+    join.m_linked.push_back(bLink);
   }
 }
 
-void FromBuilder::AddNode(Heap<RqTableReference> reference, const Unit& tables) {
-  Heap<RqJoinNode> node(new RqJoinNode(reference.Release(), false));
-  for (const int table : tables) m_nodeOfTable[table] = node.Get();
+/// An outer join becomes a link if it joins one unit of the side that keeps its rows to the other side, which is then
+/// one unit. The sides of a full join must be tables.
+void FromBuilder::PlanOuter(JoinTree& join) const {
+  if (!join.m_cond || (join.IsFull() && !(join.m_left->IsTable() && join.m_right->IsTable()))) return;
+  JoinTree& kept = join.IsRight() ? *join.m_right : *join.m_left;
+  Unit other{.m_tables = (join.IsRight() ? *join.m_left : *join.m_right).m_tables, .m_bBehind = true};
+  const std::vector<std::size_t> touched = FindTouched(kept.m_units, *join.m_cond);
+  if (touched.size() != 1 || FindTouched({other}, *join.m_cond).empty()) return;
+  const Unit& end = kept.m_units[touched.front()];
+  if (end.m_bClosed || (join.IsRight() && end.m_bBehind)) return;
+
+  join.m_linked = {true};
+  join.m_units = std::move(kept.m_units);
+  const std::size_t part = join.m_units[touched.front()].m_part;
+  if (join.IsRight()) {
+    for (Unit& unit : join.m_units) unit.m_part = unit.m_part == part ? 0 : unit.m_part + 1;
+    other.m_bClosed = true;
+    join.m_units.insert(join.m_units.begin(), std::move(other));
+  } else {
+    if (join.IsFull()) join.m_units.front().m_bClosed = true;
+    other.m_part = part;
+    join.m_units.push_back(std::move(other));
+  }
+}
+
+void FromBuilder::Flatten(JoinTree& tree) {
+  KXThread::LowStackCheck(0);
+  if (!tree.IsFlat()) return AddNode(tree);
+  if (tree.IsRight()) {
+    AddNode(*tree.m_left);
+  } else {
+    Flatten(*tree.m_left);
+  }
+  if (tree.IsInner() || tree.IsRight()) {
+    Flatten(*tree.m_right);
+  } else {
+    AddNode(*tree.m_right);
+  }
+  if (tree.IsInner()) return AddInnerLinks(tree);
+  AddLink(std::move(tree.m_cond), tree.m_type);
+}
+
+void FromBuilder::AddNode(JoinTree& tree) {
+  Heap<RqJoinNode> node(new RqJoinNode(MakeReference(tree).Release(), false));
+  for (const int table : tree.m_tables) m_nodeOfTable[table] = node.Get();
   m_nodes.push_back(node.Get());
   static_cast<void>(node.Release());
 }
@@ -234,22 +302,15 @@ std::set<RqJoinNode*> FromBuilder::GetNodes(const RqExpr& expr) const {
   return nodes;
 }
 
-/// The conjuncts that join two nodes become links, the others stay behind. So do, where the join reaches several nodes,
-/// those about a node that an outer join may fill with nulls: another way round might reach it before that join is
-/// folded.
-void FromBuilder::AddInnerLinks(OwnedRqExprCondPtr cond) {
+/// The conjuncts that are no links stay behind.
+void FromBuilder::AddInnerLinks(JoinTree& join) {
   std::vector<OwnedRqExprCondPtr> conjuncts;
-  TakeConjuncts(std::move(cond), conjuncts);
-  std::set<RqJoinNode*> joined;
-  for (const OwnedRqExprCondPtr& conjunct : conjuncts) joined.merge(GetNodes(*conjunct));
-  const bool bReachesSeveral = joined.size() > 2;
-  for (OwnedRqExprCondPtr& conjunct : conjuncts) {
-    const std::set<RqJoinNode*> nodes = GetNodes(*conjunct);
-    const auto isNullable = [this](RqJoinNode* pNode) { return m_nullable.contains(pNode); };
-    if (nodes.size() == 2 && !(bReachesSeveral && std::ranges::any_of(nodes, isNullable))) {
-      AddLink(std::move(conjunct), SqlTableRef::kInnerJoin);
+  if (join.m_cond) TakeConjuncts(std::move(join.m_cond), conjuncts);
+  for (std::size_t i = 0; i < conjuncts.size(); ++i) {
+    if (join.m_linked[i]) {
+      AddLink(std::move(conjuncts[i]), SqlTableRef::kInnerJoin);
     } else {
-      m_residual = RqExprCondAnd::Concatenate(m_residual.Release(), conjunct.Release());
+      m_residual = RqExprCondAnd::Concatenate(m_residual.Release(), conjuncts[i].Release());
     }
   }
 }
@@ -260,8 +321,6 @@ void FromBuilder::AddLink(OwnedRqExprCondPtr cond, SqlTableRef::JoinType type) {
   std::vector<RqJoinNode*> ends;
   std::ranges::copy_if(m_nodes, std::back_inserter(ends),
                        [&nodes](RqJoinNode* pNode) { return nodes.contains(pNode); });
-  if (type == SqlTableRef::kRightOuterJoin || type == SqlTableRef::kFullOuterJoin) m_nullable.insert(ends.at(0));
-  if (type == SqlTableRef::kLeftOuterJoin || type == SqlTableRef::kFullOuterJoin) m_nullable.insert(ends.at(1));
   ends.at(0)->AddLink(ends.at(1), cond.Release(), type, kUnknownCardinality, nullptr, false);
 }
 

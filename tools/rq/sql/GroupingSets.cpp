@@ -1,5 +1,7 @@
 #include "rq/sql/GroupingSets.h"
 
+#include "Host/KXThread.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqDerivedColumn.h"
 #include "rq/sql/SqlNodeUtil.h"
 #include "rq/sql/SqlText.h"
 
@@ -15,6 +17,34 @@ void RequireFewSets(std::size_t count, SqlNode node) {
     throw SqlError(PlaceOfNode(node),
                    "there are more than " + std::to_string(GroupingSets::kMaxSets) + " grouping sets");
   }
+}
+
+bool IsGrouped(const RqNode& node, const RqGroupBy* pGroupBy) {
+  const RqEquivalence equivalence;
+  const auto* const pExpr = dynamic_cast<const RqExpr*>(&node);
+  if (!pGroupBy || !pExpr) return false;
+  for (int i = 0; i < pGroupBy->GetNumColumns(); ++i) {
+    if (equivalence(*pGroupBy->GetIthColumn(i), *pExpr)) return true;
+  }
+  return false;
+}
+
+/// The number of the table of a column; 0 for all else.
+int TableNumberOf(const RqNode& node) {
+  if (node.GetObjectType() == kRqTargetColumn) return static_cast<const RqTargetColumn&>(node).GetSourceTableNumber();
+  if (node.GetObjectType() != kRqDerivedColumnReference) return 0;
+  return static_cast<const RqDerivedColumnReference&>(node).GetSourceTableNumber();
+}
+
+bool HasUngroupedColumn(const RqNode& node, const RqGroupBy* pGroupBy, const std::set<int>& tables) {
+  KXThread::LowStackCheck(0);
+  if (IsGrouped(node, pGroupBy)) return false;
+  if (tables.contains(TableNumberOf(node))) return true;
+  for (int i = 0; i < node.GetNumChildren(); ++i) {
+    const RqNode* const pChild = node.GetIthChild(i);
+    if (pChild && HasUngroupedColumn(*pChild, pGroupBy, tables)) return true;
+  }
+  return false;
 }
 
 }  // namespace
@@ -71,4 +101,9 @@ std::vector<GroupingSets::Set> GroupingSets::Expand(SqlNode item) {
   }
   RequireFewSets(sets.size(), item);
   return sets;
+}
+
+void RequireGrouped(const RqExpr& expr, const RqGroupBy* pGroupBy, const std::set<int>& tables, SqlNode node) {
+  if (!HasUngroupedColumn(expr, pGroupBy, tables)) return;
+  throw SqlError(PlaceOfNode(node), "this has a column that is not grouped by, and so no one value in a group");
 }

@@ -5,6 +5,7 @@
 #include <set>
 #include <vector>
 
+#include "Query/Optimizer/Request/Blocks/SQORRqGroupBy.h"
 #include "rq/sql/SqlTree.h"
 
 /// The grouping sets that a GROUP BY clause says: each a set of columns, which a function numbers as they appear.
@@ -30,3 +31,8 @@ class GroupingSets {
   std::vector<Set> m_sets{Set()};
   bool m_bPlain = true;
 };
+
+/// Raises SqlError at the node if the expression names, outside of what is grouped by, a column of one of the tables
+/// with those numbers: it has no one value in a group. Without pGroupBy all rows are one group. Attributes pass, since
+/// the business model says how they are aggregated.
+void RequireGrouped(const RqExpr& expr, const RqGroupBy* pGroupBy, const std::set<int>& tables, SqlNode node);

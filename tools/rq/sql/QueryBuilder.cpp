@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <charconv>
 #include <limits>
+#include <list>
+#include <utility>
 
 #include "Host/KXThread.h"
 #include "HostMemory/MemoryObjects.h"
@@ -12,6 +14,7 @@
 #include "Query/Optimizer/Request/Blocks/SQORRqJoinSpec.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqSetOperator.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqWrapperList.h"
+#include "Query/Optimizer/Request/Node/SQORRqNodeUtil.h"
 #include "rq/sql/FromBuilder.h"
 #include "rq/sql/GroupingSets.h"
 #include "rq/sql/SqlNodeUtil.h"
@@ -33,7 +36,7 @@ bool HasOwnEnd(SqlNode select) {
 void RefuseUnsupportedClauses(SqlNode select) {
   static constexpr std::pair<std::string_view, const char*> kClauses[] = {
       {"intoClause", "INTO"},
-      {"lockingClause", "FOR UPDATE and its fellows"},
+      {"lockingClause", "a locking clause"},
       {"valuesLists", "VALUES"},
       {"windowClause", "WINDOW"},
   };
@@ -47,15 +50,19 @@ void RefuseUnsupportedClauses(SqlNode select) {
   }
 }
 
+/// Whether its rows are groups of those of its tables.
+bool IsGrouped(SqlNode select) { return !select.Get("groupClause").IsNone() || !select.Get("havingClause").IsNone(); }
+
 bool IsStar(SqlNode target) {
   const std::vector<SqlNode> fields = target.Get("fields").GetElements();
   return target.GetKind() == "ColumnRef" && !fields.empty() && fields.back().GetKind() == "A_Star";
 }
 
-/// The position that a plain integer names; 0 for anything else.
-std::int64_t PositionOf(SqlNode node) {
+/// The position that a plain integer names; none for anything else.
+std::optional<std::int64_t> PositionOf(SqlNode node) {
   const SqlNode integer = node.Get("ival");
-  return node.GetKind() == "A_Const" && !integer.IsNone() ? integer.Get("ival").GetNumber() : 0;
+  if (node.GetKind() != "A_Const" || integer.IsNone()) return {};
+  return integer.Get("ival").GetNumber();
 }
 
 /// The only part of a name; empty for all else.
@@ -67,19 +74,20 @@ std::string_view BareName(SqlNode node) {
 
 /// The index of the one output column of that name; none if there is none.
 std::optional<int> FindOutput(const std::vector<std::string>& names, std::string_view name, SqlNode node) {
-  if (name.empty()) return {};
-  const auto it = std::ranges::find(names, name);
-  if (it == names.end()) return {};
-  if (std::find(it + 1, names.end(), name) != names.end()) {
+  const std::vector<std::size_t> found = FindNames({names.begin(), names.end()}, name);
+  if (found.empty()) return {};
+  if (found.size() > 1) {
     throw SqlError(PlaceOfNode(node),
                    "several columns of the select list are called " + ForMessage(name, kMaxQuotedCharacters));
   }
-  return static_cast<int>(it - names.begin());
+  return static_cast<int>(found.front());
 }
+
+std::string Columns(std::size_t count) { return std::to_string(count) + (count == 1 ? " column" : " columns"); }
 
 int CheckPosition(std::int64_t position, std::size_t numColumns, SqlNode node) {
   if (position < 1 || position > static_cast<std::int64_t>(numColumns)) {
-    throw SqlError(PlaceOfNode(node), "the select list has no column " + std::to_string(position));
+    throw SqlError(PlaceOfNode(node), "the select list has no column of that number");
   }
   return static_cast<int>(position) - 1;
 }
@@ -96,6 +104,28 @@ RqSortSpec::NullSortDirection NullDirectionOf(SqlNode sortBy) {
   return nulls == "SORTBY_NULLS_LAST" ? RqSortSpec::kLast : RqSortSpec::kNoCare;
 }
 
+/// Grouping by a constant would be grouping by nothing, which has a group where there are no rows.
+void RequireGroupable(RqExpr& expr, SqlNode node) {
+  if (expr.IsConstant()) throw SqlError(PlaceOfNode(node), "a constant makes no groups");
+  std::list<RqNode*> subqueries;
+  FindNodes(&expr, RqNode::IsObjectType({kRqExprPhysicalSubquery}), subqueries, false);
+  if (!subqueries.empty()) RaiseUnsupported(node, "a subquery in GROUP BY");
+}
+
+/// Expressions are built in a scope while this stands.
+class ScopeChange {
+ public:
+  ScopeChange(SqlContext& context, QueryScope& scope)
+      : m_context(context), m_pBefore(std::exchange(context.m_pScope, &scope)) {}
+  ScopeChange(const ScopeChange&) = delete;
+  ScopeChange& operator=(const ScopeChange&) = delete;
+  ~ScopeChange() { m_context.m_pScope = m_pBefore; }
+
+ private:
+  SqlContext& m_context;
+  SqlScope* m_pBefore;
+};
+
 std::vector<std::string> AliasColumnsOf(SqlNode node) {
   std::vector<std::string> names;
   for (const std::string_view name : TextsOf(node.Get("alias", "colnames"))) names.emplace_back(name);
@@ -106,25 +136,18 @@ std::vector<std::string> AliasColumnsOf(SqlNode node) {
 
 QueryBuilder::QueryBuilder(std::string_view text, MemoryGateway& gateway, const RepositoryNames& names,
                            QueryObserver* pObserver)
-    : m_text(text), m_gateway(gateway), m_names(names), m_pObserver(pObserver) {}
-
-ConditionBuilder QueryBuilder::MakeExprBuilder(QueryScope& scope) {
-  m_context.m_pScope = &scope;
-  return ConditionBuilder(m_text, m_context);
+    : m_text(text), m_gateway(gateway), m_names(names), m_pObserver(pObserver) {
+  m_context.m_pSession = &gateway;
 }
 
 OwnedRqExprPtr QueryBuilder::BuildValue(SqlNode node, QueryScope& scope) {
-  SqlScope* const pOuter = m_context.m_pScope;
-  OwnedRqExprPtr value = MakeExprBuilder(scope).BuildValue(node);
-  m_context.m_pScope = pOuter;
-  return value;
+  const ScopeChange change(m_context, scope);
+  return ConditionBuilder(m_text, m_context).BuildValue(node);
 }
 
 OwnedRqExprCondPtr QueryBuilder::BuildCondition(SqlNode node, QueryScope& scope) {
-  SqlScope* const pOuter = m_context.m_pScope;
-  OwnedRqExprCondPtr cond = MakeExprBuilder(scope).BuildCondition(node);
-  m_context.m_pScope = pOuter;
-  return cond;
+  const ScopeChange change(m_context, scope);
+  return ConditionBuilder(m_text, m_context).BuildCondition(node);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -136,7 +159,7 @@ BuiltList QueryBuilder::BuildList(SqlNode select, QueryScope* pOuter) {
   const SqlNode withClause = select.Get("withClause");
   if (!withClause.IsNone()) OpenCommonExprs(withClause);
   BuiltList built = IsSetOperator(select) ? BuildSetOperator(select, pOuter) : BuildBlock(select, pOuter);
-  if (!withClause.IsNone()) m_withClauses.pop_back();
+  if (!withClause.IsNone()) CloseCommonExprs();
   return built;
 }
 
@@ -150,10 +173,15 @@ BuiltList QueryBuilder::BuildBlock(SqlNode select, QueryScope* pOuter) {
   if (const SqlNode where = select.Get("whereClause"); !where.IsNone()) {
     list->ConcatenateToDetailFilter(BuildCondition(where, scope).Release());
   }
-  BuildSelectList(select, scope, *list, built.m_names);
+  const std::vector<SqlNode> places = BuildSelectList(select, scope, *list, built.m_names);
   BuildGroupBy(select, scope, *list, built.m_names);
   if (const SqlNode having = select.Get("havingClause"); !having.IsNone()) {
     list->SetHaving(new RqHaving(BuildCondition(having, scope).Release()));
+    RequireGrouped(*list->GetHaving()->GetCond(), list->GetGroupBy(), scope.GetNumbers(), having);
+  }
+  for (std::size_t i = 0; IsGrouped(select) && i < places.size(); ++i) {
+    const RqExpr& expr = *list->GetProjection()->GetIthColumn(static_cast<int>(i))->GetExpr();
+    RequireGrouped(expr, list->GetGroupBy(), scope.GetNumbers(), places[i]);
   }
   list->SetDistinct(!select.Get("distinctClause").GetElements().empty());
   BuildOrderBy(select, scope, *list, built.m_names);
@@ -196,9 +224,9 @@ BuiltList QueryBuilder::BuildSetOperator(SqlNode select, QueryScope* pOuter) {
     if (lists.empty()) {
       built.m_names = next.m_names;
     } else if (next.m_names.size() != built.m_names.size()) {
-      throw SqlError(PlaceOfNode(branch), "this query has " + std::to_string(next.m_names.size()) +
-                                              " columns, and the first one of the set operation has " +
-                                              std::to_string(built.m_names.size()));
+      throw SqlError(PlaceOfNode(branch), "this query has " + Columns(next.m_names.size()) +
+                                              ", and the first one of the set operation " +
+                                              Columns(built.m_names.size()));
     }
     lists.push_back(next.m_list.Get());
     static_cast<void>(next.m_list.Release());
@@ -228,6 +256,7 @@ BuiltList QueryBuilder::OrderSetOperator(SqlNode select, BuiltList built) {
   std::vector<RqJoinNode*> nodes{new RqJoinNode(reference.Release(), false)};
   list->SetJoinSpec(new RqJoinSpec(nodes));
   const TableSource& source = scope.GetSources().front();
+  scope.Show(0, scope.GetColumnsOf(0));
   for (std::size_t i = 0; i < source.GetNumColumns(); ++i) {
     list->GetProjection()->AddColumn(
         new RqDerivedColumn(source.MakeColumn(i).Release(), RqDerivedColumn::kUnknownColumnNum));
@@ -240,8 +269,8 @@ BuiltList QueryBuilder::OrderSetOperator(SqlNode select, BuiltList built) {
 Heap<RqExprSubquery> QueryBuilder::BuildSubquery(SqlNode select, QueryScope& outer, std::size_t nColumns) {
   BuiltList built = BuildList(select, &outer);
   if (nColumns != 0 && built.m_names.size() != nColumns) {
-    throw SqlError(PlaceOfNode(select), "the subquery has " + std::to_string(built.m_names.size()) + " columns, and " +
-                                            std::to_string(nColumns) + " are needed here");
+    throw SqlError(PlaceOfNode(select), "the subquery has " + Columns(built.m_names.size()) + ", where " +
+                                            Columns(nColumns) + (nColumns == 1 ? " is needed" : " are needed"));
   }
   return Heap<RqExprSubquery>(new RqExprPhysicalSubquery(built.m_list.Release(), &m_gateway));
 }
@@ -249,20 +278,28 @@ Heap<RqExprSubquery> QueryBuilder::BuildSubquery(SqlNode select, QueryScope& out
 // ---------------------------------------------------------------------------------------------------------------------
 // Clauses
 
-void QueryBuilder::BuildSelectList(SqlNode select, QueryScope& scope, RqList& list, std::vector<std::string>& names) {
+/// Gives the place of each column.
+std::vector<SqlNode> QueryBuilder::BuildSelectList(SqlNode select, QueryScope& scope, RqList& list,
+                                                   std::vector<std::string>& names) {
+  std::vector<SqlNode> places;
   for (const SqlNode target : select.Get("targetList").GetElements()) {
     const SqlNode value = target.Get("val");
     if (IsStar(value)) {
       AddAllColumns(value, scope, list, names);
+      places.resize(names.size(), value);
       continue;
     }
+    places.push_back(value);
     list.GetProjection()->AddColumn(
         new RqDerivedColumn(BuildValue(value, scope).Release(), RqDerivedColumn::kUnknownColumnNum));
     std::string name(target.Get("name").GetText());
-    if (name.empty() && value.GetKind() == "ColumnRef") name = MakeExprBuilder(scope).ReadNames(value).back();
+    if (name.empty() && value.GetKind() == "ColumnRef") {
+      name = ConditionBuilder(m_text, m_context).ReadNames(value).back();
+    }
     names.push_back(std::move(name));
   }
   if (names.empty()) throw SqlError(PlaceOfNode(select), "the query selects no column");
+  return places;
 }
 
 void QueryBuilder::AddAllColumns(SqlNode node, QueryScope& scope, RqList& list, std::vector<std::string>& names) {
@@ -275,26 +312,17 @@ void QueryBuilder::AddAllColumns(SqlNode node, QueryScope& scope, RqList& list, 
     if (field.GetKind() == "String") qualifier.emplace_back(field.Get("sval").GetText());
   }
   if (qualifier.empty()) {
-    for (const QueryScope::MergedColumn& merged : scope.GetMergedColumns()) {
-      if (std::ranges::find(names, merged.m_name) == names.end()) add(scope.MakeMergedColumn(merged), merged.m_name);
-    }
+    for (const NamedColumn& column : scope.GetColumns()) add(scope.MakeColumn(column), column.m_name);
+    if (scope.GetColumns().empty()) throw SqlError(PlaceOfNode(node), "there is no FROM to take all columns of");
+    return;
   }
   const std::vector<TableSource>& sources = scope.GetSources();
-  bool bFound = false;
-  for (std::size_t source = 0; source < sources.size(); ++source) {
-    if (!qualifier.empty() && !sources[source].IsCalled(qualifier)) continue;
-    bFound = true;
-    for (std::size_t i = 0; i < sources[source].GetNumColumns(); ++i) {
-      if (qualifier.empty() && scope.IsMerged({source, i})) continue;
-      add(sources[source].MakeColumn(i), sources[source].GetColumnName(i));
-    }
-  }
-  if (!bFound) {
+  const auto source = std::ranges::find_if(sources, [&](const TableSource& s) { return s.IsCalled(qualifier); });
+  if (source == sources.end()) {
     throw SqlError(PlaceOfNode(node),
-                   qualifier.empty()
-                       ? "there is no FROM to take all columns of"
-                       : "there is no table " + ForMessage(qualifier.back(), kMaxQuotedCharacters) + " in this FROM");
+                   "there is no table " + ForMessage(qualifier.back(), kMaxQuotedCharacters) + " in this FROM");
   }
+  for (std::size_t i = 0; i < source->GetNumColumns(); ++i) add(source->MakeColumn(i), source->GetColumnName(i));
 }
 
 /// A column of the tables goes before an alias of the select list, as the standard has it.
@@ -303,11 +331,11 @@ OwnedRqExprPtr QueryBuilder::BuildGroupingColumn(SqlNode node, QueryScope& scope
   const auto copyOutput = [&list](int index) {
     return OwnedRqExprPtr(list.GetProjection()->GetIthColumn(index)->GetExpr()->DeepExprCopy(true));
   };
-  if (const std::int64_t position = PositionOf(node); position != 0) {
-    return copyOutput(CheckPosition(position, names.size(), node));
+  if (const auto position = PositionOf(node)) {
+    return copyOutput(CheckPosition(*position, names.size(), node));
   }
   const std::string_view name = BareName(node);
-  const bool bIsColumn = !name.empty() && !scope.FindColumns(name, 0, scope.GetSources().size()).empty();
+  const bool bIsColumn = scope.HasColumn(name);
   if (!bIsColumn) {
     if (const std::optional<int> output = FindOutput(names, name, node)) return copyOutput(*output);
   }
@@ -323,6 +351,7 @@ void QueryBuilder::BuildGroupBy(SqlNode select, QueryScope& scope, RqList& list,
   const RqEquivalence equivalence;
   const GroupingSets sets(groupClause, [&](SqlNode node) {
     OwnedRqExprPtr column = BuildGroupingColumn(node, scope, list, names);
+    RequireGroupable(*column, node);
     const auto it = std::ranges::find_if(columns, [&](RqExpr* pOther) { return equivalence(*pOther, *column); });
     const auto number = static_cast<std::size_t>(it - columns.begin());
     if (it == columns.end()) {
@@ -367,13 +396,14 @@ void QueryBuilder::BuildOrderBy(SqlNode select, QueryScope& scope, RqList& list,
     const SqlNode node = sortBy.Get("node");
     RqDerivedColumn* pColumn = nullptr;
     bool bHidden = false;
-    if (const std::int64_t position = PositionOf(node); position != 0) {
-      pColumn = projection.GetIthColumn(CheckPosition(position, names.size(), node));
+    if (const auto position = PositionOf(node)) {
+      pColumn = projection.GetIthColumn(CheckPosition(*position, names.size(), node));
     } else if (const std::optional<int> output = FindOutput(names, BareName(node), node)) {
       pColumn = projection.GetIthColumn(*output);
     } else {
-      const OwnedRqExprPtr value = BuildValue(node, scope);
-      pColumn = projection.InsertColumnExpr(value.Get(), bHidden, false);
+      OwnedRqExprPtr value = BuildValue(node, scope);
+      if (IsGrouped(select)) RequireGrouped(*value, list.GetGroupBy(), scope.GetNumbers(), node);
+      pColumn = projection.InsertDonatedColumnExpr(value.Release());
       bHidden = projection.FindColumnIndex(pColumn) >= static_cast<int>(names.size());
       if (bHidden && list.IsDistinct()) {
         throw SqlError(PlaceOfNode(node), "a query with DISTINCT is sorted by what it selects");
@@ -432,7 +462,7 @@ Heap<RqAbstractTable> QueryBuilder::BuildTable(SqlNode node, QueryScope& scope, 
     if (const std::string_view name = node.Get(field).GetText(); !name.empty()) path.emplace_back(name);
   }
   if (path.size() == 1) {
-    if (CommonExpr* const pCommon = FindCommonExpr(path[0])) return BuildCommonExprTable(*pCommon, node, scope);
+    if (const auto place = FindCommonExpr(path[0])) return BuildCommonExprTable(*place, node, scope);
   }
   KXStringVector names;
   for (const std::string& name : path) names.push_back(ToText(name));
@@ -468,62 +498,90 @@ Heap<RqAbstractTable> QueryBuilder::MakeDerivedTable(BuiltList built, SqlNode no
 
 void QueryBuilder::OpenCommonExprs(SqlNode withClause) {
   if (withClause.Get("recursive").IsTrue()) RaiseUnsupported(withClause, "WITH RECURSIVE");
-  m_withClauses.push_back(std::make_unique<WithClause>());
+  WithClause clause;
   for (const SqlNode node : withClause.Get("ctes").GetElements()) {
     CommonExpr common;
+    common.m_node = node;
     common.m_query = node.Get("ctequery");
-    common.m_depth = m_withClauses.size();
+    common.m_name = node.Get("ctename").GetText();
     if (common.m_query.GetKind() != "SelectStmt") throw SqlError(PlaceOfNode(node), "this is no query");
     for (const std::string_view name : TextsOf(node.Get("aliascolnames"))) common.m_columnNames.emplace_back(name);
-    const std::string name(node.Get("ctename").GetText());
-    if (!m_withClauses.back()->emplace(name, std::move(common)).second) {
-      throw SqlError(PlaceOfNode(node), "WITH gives the name " + ForMessage(name, kMaxQuotedCharacters) + " twice");
+    if (std::ranges::find(clause.m_exprs, common.m_name, &CommonExpr::m_name) != clause.m_exprs.end()) {
+      throw SqlError(PlaceOfNode(node),
+                     "WITH gives the name " + ForMessage(common.m_name, kMaxQuotedCharacters) + " twice");
     }
+    clause.m_exprs.push_back(std::move(common));
   }
+  clause.m_numVisible = clause.m_exprs.size();
+  m_withClauses.push_back(std::move(clause));
 }
 
-QueryBuilder::CommonExpr* QueryBuilder::FindCommonExpr(const std::string& name) {
-  for (auto it = m_withClauses.rbegin(); it != m_withClauses.rend(); ++it) {
-    const auto found = (*it)->find(name);
-    // A query of a WITH clause does not see itself: its name then means what it means outside.
-    if (found != (*it)->end() && !found->second.m_bBeingBuilt) return &found->second;
+/// What nobody has read is built for its errors alone. It does not count as a reader of others.
+void QueryBuilder::CloseCommonExprs() {
+  std::vector<CommonExpr*> unread;
+  for (WithClause& clause : m_withClauses) {
+    for (CommonExpr& common : clause.m_exprs) {
+      if (!common.m_pList) unread.push_back(&common);
+    }
   }
-  return nullptr;
+  QueryObserver* const pObserver = std::exchange(m_pObserver, nullptr);
+  std::vector<BuiltList> dropped;
+  const std::size_t last = m_withClauses.size() - 1;
+  for (std::size_t i = m_withClauses[last].m_exprs.size(); i-- > 0;) {
+    const CommonExpr& common = m_withClauses[last].m_exprs[i];
+    // Once is enough, however often the query around it is built.
+    if (!common.m_pList && !m_built.contains(PlaceOfNode(common.m_node))) dropped.push_back(BuildCommonExpr({last, i}));
+  }
+  for (CommonExpr* const pCommon : unread) pCommon->m_pList = nullptr;
+  m_pObserver = pObserver;
+  m_withClauses.pop_back();
 }
 
-Heap<RqAbstractTable> QueryBuilder::BuildCommonExprTable(CommonExpr& common, SqlNode node, QueryScope& scope) {
-  const std::string name(node.Get("relname").GetText());
-  std::string alias(node.Get("alias", "aliasname").GetText());
-  if (alias.empty()) alias = name;
-  if (common.m_pList) {
-    // A reader of what stands elsewhere has a select list of its own.
-    Heap<RqProjection> projection(new RqProjection(0));
-    RqProjection& shared = *common.m_pList->GetProjection();
-    for (int i = 0; i < static_cast<int>(common.m_names.size()); ++i) {
-      projection->AddColumn(new RqDerivedColumn(new RqDerivedColumnReference(shared.GetIthColumn(i)),
-                                                RqDerivedColumn::kUnknownColumnNum));
+std::optional<QueryBuilder::CommonPlace> QueryBuilder::FindCommonExpr(const std::string& name) const {
+  for (std::size_t clause = m_withClauses.size(); clause-- > 0;) {
+    for (std::size_t index = 0; index < m_withClauses[clause].m_numVisible; ++index) {
+      if (m_withClauses[clause].m_exprs[index].m_name == name) return CommonPlace{clause, index};
     }
-    BuiltList built{Heap<RqAbstractList>(new RqSharedList(projection.Release(), common.m_pList)), common.m_names};
-    return MakeDerivedTable(std::move(built), node, alias, scope);
   }
+  return {};
+}
 
-  // The query sees the WITH clauses around it, and no block that reads it.
-  common.m_bBeingBuilt = true;
-  const auto begin = m_withClauses.begin() + static_cast<std::ptrdiff_t>(common.m_depth);
-  std::vector<std::unique_ptr<WithClause>> inner(std::make_move_iterator(begin),
-                                                 std::make_move_iterator(m_withClauses.end()));
-  m_withClauses.resize(common.m_depth);
-  BuiltList built = BuildList(common.m_query, nullptr);
-  std::ranges::move(inner, std::back_inserter(m_withClauses));
-  common.m_bBeingBuilt = false;
-
+/// The query sees the WITH clauses around it and what stands before it in its own, and no block that reads it.
+BuiltList QueryBuilder::BuildCommonExpr(const CommonPlace& place) {
+  const auto begin = m_withClauses.begin() + static_cast<std::ptrdiff_t>(place.m_clause) + 1;
+  std::vector<WithClause> inner(std::make_move_iterator(begin), std::make_move_iterator(m_withClauses.end()));
+  m_withClauses.erase(begin, m_withClauses.end());
+  const std::size_t numVisible = std::exchange(m_withClauses.back().m_numVisible, place.m_index);
+  BuiltList built = BuildList(m_withClauses.back().m_exprs[place.m_index].m_query, nullptr);
+  m_withClauses.back().m_numVisible = numVisible;
+  CommonExpr& common = m_withClauses.back().m_exprs[place.m_index];
   if (common.m_columnNames.size() > built.m_names.size()) {
-    throw SqlError(PlaceOfNode(node), "WITH names more columns than its query has");
+    throw SqlError(PlaceOfNode(common.m_node), "WITH names more columns than its query has");
   }
   std::ranges::copy(common.m_columnNames, built.m_names.begin());
   common.m_pList = built.m_list.Get();
+  m_built.insert(PlaceOfNode(common.m_node));
   common.m_names = built.m_names;
-  Heap<RqAbstractTable> table = MakeDerivedTable(std::move(built), node, alias, scope);
+  std::ranges::move(inner, std::back_inserter(m_withClauses));
+  return built;
+}
+
+Heap<RqAbstractTable> QueryBuilder::BuildCommonExprTable(const CommonPlace& place, SqlNode node, QueryScope& scope) {
+  const std::string name(node.Get("relname").GetText());
+  std::string alias(node.Get("alias", "aliasname").GetText());
+  if (alias.empty()) alias = name;
+  const CommonExpr& common = m_withClauses[place.m_clause].m_exprs[place.m_index];
+  if (RqAbstractList* const pList = common.m_pList) {
+    // A reader of what stands elsewhere has a select list of its own.
+    Heap<RqProjection> projection(new RqProjection(0));
+    for (int i = 0; i < static_cast<int>(common.m_names.size()); ++i) {
+      projection->AddColumn(new RqDerivedColumn(new RqDerivedColumnReference(pList->GetProjection()->GetIthColumn(i)),
+                                                RqDerivedColumn::kUnknownColumnNum));
+    }
+    BuiltList built{Heap<RqAbstractList>(new RqSharedList(projection.Release(), pList)), common.m_names};
+    return MakeDerivedTable(std::move(built), node, alias, scope);
+  }
+  Heap<RqAbstractTable> table = MakeDerivedTable(BuildCommonExpr(place), node, alias, scope);
   static_cast<RqDerivedTable&>(*table).SetCommonExprName(ToText(name));
   return table;
 }

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <map>
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -62,19 +63,28 @@ class QueryBuilder {
  private:
   /// A common table expression: its query, and once it has been read the block that its first reader has.
   struct CommonExpr {
+    SqlNode m_node;
     SqlNode m_query;
+    std::string m_name;
     std::vector<std::string> m_columnNames;
-    std::size_t m_depth = 0;  ///< The WITH clauses around it, which its query sees.
     RqAbstractList* m_pList = nullptr;
     std::vector<std::string> m_names;
-    bool m_bBeingBuilt = false;
   };
-
-  using WithClause = std::map<std::string, CommonExpr>;
+  /// A WITH clause, of which a query that stands in it sees what stands before.
+  struct WithClause {
+    std::vector<CommonExpr> m_exprs;
+    std::size_t m_numVisible = 0;
+  };
+  /// Where a common table expression stands: the WITH clauses around its own one, and those before it.
+  struct CommonPlace {
+    std::size_t m_clause;
+    std::size_t m_index;
+  };
 
   BuiltList BuildSetOperator(SqlNode select, QueryScope* pOuter);
   BuiltList BuildBlock(SqlNode select, QueryScope* pOuter);
-  void BuildSelectList(SqlNode select, QueryScope& scope, RqList& list, std::vector<std::string>& names);
+  std::vector<SqlNode> BuildSelectList(SqlNode select, QueryScope& scope, RqList& list,
+                                       std::vector<std::string>& names);
   void AddAllColumns(SqlNode node, QueryScope& scope, RqList& list, std::vector<std::string>& names);
   void BuildGroupBy(SqlNode select, QueryScope& scope, RqList& list, const std::vector<std::string>& names);
   OwnedRqExprPtr BuildGroupingColumn(SqlNode node, QueryScope& scope, const RqList& list,
@@ -85,12 +95,13 @@ class QueryBuilder {
   void SetLimits(SqlNode select, RqAbstractList& list);
   std::uint32_t ReadRowNumber(SqlNode node, const char* clause, std::uint32_t least);
   void OpenCommonExprs(SqlNode withClause);
-  CommonExpr* FindCommonExpr(const std::string& name);
-  Heap<RqAbstractTable> BuildCommonExprTable(CommonExpr& common, SqlNode node, QueryScope& scope);
+  void CloseCommonExprs();
+  std::optional<CommonPlace> FindCommonExpr(const std::string& name) const;
+  BuiltList BuildCommonExpr(const CommonPlace& place);
+  Heap<RqAbstractTable> BuildCommonExprTable(const CommonPlace& place, SqlNode node, QueryScope& scope);
   Heap<RqAbstractTable> MakeDerivedTable(BuiltList built, SqlNode node, const std::string& alias, QueryScope& scope);
 
   OwnedRqExprPtr BuildValue(SqlNode node, QueryScope& scope);
-  ConditionBuilder MakeExprBuilder(QueryScope& scope);
 
   std::string_view m_text;
   MemoryGateway& m_gateway;
@@ -99,5 +110,6 @@ class QueryBuilder {
   SqlContext m_context;
   int m_numTables = 0;
   /// The WITH clauses around the query being built, the innermost last.
-  std::vector<std::unique_ptr<WithClause>> m_withClauses;
+  std::vector<WithClause> m_withClauses;
+  std::set<std::size_t> m_built;  ///< The places of the common table expressions that have been built.
 };

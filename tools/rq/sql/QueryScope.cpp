@@ -11,9 +11,20 @@
 
 namespace {
 
-std::string Lower(std::string text) {
+std::string Lower(std::string_view written) {
+  std::string text(written);
   std::ranges::transform(text, text.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; });
   return text;
+}
+
+/// The parser cuts names that stand for something at this length, and not those that columns are looked up by.
+constexpr std::size_t kMaxNameBytes = 63;
+
+std::string_view Cut(std::string_view name) {
+  if (name.size() <= kMaxNameBytes) return name;
+  std::size_t length = kMaxNameBytes;
+  while (length > 0 && (static_cast<unsigned char>(name[length]) & 0xC0) == 0x80) --length;
+  return name.substr(0, length);
 }
 
 /// The last names of a path, letter case apart.
@@ -49,7 +60,7 @@ TableSource::TableSource(int number, const std::string& alias, RqProjection& pro
 
 bool TableSource::IsCalled(const std::vector<std::string>& qualifier) const {
   if (!m_path.empty()) return EndsWith(m_path, qualifier);
-  return qualifier.size() == 1 && qualifier[0] == m_name;
+  return qualifier.size() == 1 && Cut(qualifier[0]) == m_name;
 }
 
 OwnedRqExprPtr TableSource::MakeColumn(std::size_t i) const {
@@ -66,104 +77,124 @@ bool TableSource::RenameColumns(const std::vector<std::string>& names) {
   return true;
 }
 
-void TableSource::FindColumns(std::string_view name, std::vector<std::size_t>& columns) const {
-  const std::string sought = m_pProjection ? std::string(name) : Lower(std::string(name));
-  for (std::size_t i = 0; i < m_columnNames.size(); ++i) {
-    if (m_columnNames[i] == sought) columns.push_back(i);
-  }
+std::vector<std::size_t> FindNames(const std::vector<std::string_view>& names, std::string_view sought) {
+  const auto find = [&](auto isSought) {
+    std::vector<std::size_t> found;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      if (isSought(names[i])) found.push_back(i);
+    }
+    return found;
+  };
+  if (sought.empty()) return {};
+  std::vector<std::size_t> found = find([&](std::string_view name) { return name == sought; });
+  if (!found.empty()) return found;
+  return find([lower = Lower(Cut(sought))](std::string_view name) { return Lower(Cut(name)) == lower; });
+}
+
+std::vector<std::string_view> NamesOf(const NamedColumns& columns) {
+  std::vector<std::string_view> names;
+  for (const NamedColumn& column : columns) names.push_back(column.m_name);
+  return names;
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // QueryScope
 
 void QueryScope::AddSource(TableSource source, SqlNode node) {
-  const auto isSameName = [&source](const TableSource& other) {
-    return !source.GetName().empty() && other.GetName() == source.GetName();
-  };
-  if (std::any_of(m_sources.begin() + static_cast<std::ptrdiff_t>(m_firstVisible), m_sources.end(), isSameName)) {
-    throw SqlError(PlaceOfNode(node), "the table name " + ForMessage(source.GetName(), kMaxQuotedCharacters) +
-                                          " stands for another table already; give it an alias");
+  for (const TableSource& other : m_sources) {
+    if (!source.GetName().empty() && other.GetName() == source.GetName()) {
+      throw SqlError(PlaceOfNode(node), "the table name " + ForMessage(source.GetName(), kMaxQuotedCharacters) +
+                                            " stands for another table already; give it an alias");
+    }
+    if (source.IsSameLogicalTable(other)) {
+      throw SqlError(PlaceOfNode(node), "this logical table stands in the FROM already: their columns are the same");
+    }
   }
   m_sources.push_back(std::move(source));
 }
 
-bool QueryScope::IsMerged(const SourceColumn& column) const {
-  return std::ranges::any_of(m_merged, [&](const MergedColumn& merged) {
-    return std::ranges::any_of(merged.m_parts, [&](const SourceColumn& part) {
-      return part.m_source == column.m_source && part.m_column == column.m_column;
-    });
-  });
+std::set<int> QueryScope::GetNumbers() const {
+  std::set<int> numbers;
+  for (const TableSource& source : m_sources) {
+    if (source.GetNumber() != 0) numbers.insert(source.GetNumber());
+  }
+  return numbers;
 }
 
-OwnedRqExprPtr QueryScope::MakeMergedColumn(const MergedColumn& column) const {
+NamedColumns QueryScope::GetColumnsOf(std::size_t source) const {
+  NamedColumns columns;
+  for (std::size_t i = 0; i < m_sources[source].GetNumColumns(); ++i) {
+    columns.push_back({m_sources[source].GetColumnName(i), {{source, i}}});
+  }
+  return columns;
+}
+
+void QueryScope::Show(std::size_t firstSource, NamedColumns columns) {
+  m_firstVisible = firstSource;
+  m_columns = std::move(columns);
+}
+
+OwnedRqExprPtr QueryScope::MakeColumn(const NamedColumn& column) const {
   const auto make = [this](const SourceColumn& part) { return m_sources[part.m_source].MakeColumn(part.m_column); };
-  if (!column.m_bCoalesced) return make(column.m_parts.front());
+  if (column.m_values.size() == 1) return make(column.m_values.front());
   RqExprVector operands;
-  for (const SourceColumn& part : column.m_parts) operands.push_back(make(part).Release());
+  for (const SourceColumn& part : column.m_values) operands.push_back(make(part).Release());
   return OwnedRqExprPtr(new RqExprCoalesce(operands, false));
 }
 
-std::vector<SourceColumn> QueryScope::FindColumns(std::string_view name, std::size_t begin, std::size_t end) const {
-  std::vector<SourceColumn> found;
-  const auto isPartOf = [](const MergedColumn& merged, const SourceColumn& column) {
-    return std::ranges::any_of(merged.m_parts, [&](const SourceColumn& part) {
-      return part.m_source == column.m_source && part.m_column == column.m_column;
-    });
-  };
-  for (std::size_t source = begin; source < end; ++source) {
-    std::vector<std::size_t> columns;
-    m_sources[source].FindColumns(name, columns);
-    for (const std::size_t column : columns) {
-      const SourceColumn candidate{source, column};
-      // Of the parts of a merged column the first one stands for all.
-      const bool bSeen = std::ranges::any_of(m_merged, [&](const MergedColumn& merged) {
-        return isPartOf(merged, candidate) &&
-               std::ranges::any_of(found, [&](const SourceColumn& other) { return isPartOf(merged, other); });
-      });
-      if (!bSeen) found.push_back(candidate);
-    }
-  }
-  return found;
-}
+bool QueryScope::HasColumn(std::string_view name) const { return !FindNames(NamesOf(m_columns), name).empty(); }
 
-OwnedRqExprPtr QueryScope::FindUnqualified(const std::string& name, SqlNode node) {
-  const std::vector<SourceColumn> found = FindColumns(name, m_firstVisible, m_sources.size());
+std::vector<SourceColumn> QueryScope::FindUnqualified(const std::string& name, SqlNode node) const {
+  const std::vector<std::size_t> found = FindNames(NamesOf(m_columns), name);
   if (found.empty()) return {};
   if (found.size() > 1) {
-    throw SqlError(PlaceOfNode(node), "the column " + ForMessage(name, kMaxQuotedCharacters) +
-                                          " is one of several tables; write the table in front of it");
+    throw SqlError(PlaceOfNode(node), "several columns are called " + ForMessage(name, kMaxQuotedCharacters) +
+                                          "; write the table in front of it");
   }
-  for (const MergedColumn& merged : m_merged) {
-    if (merged.m_name == name && IsMerged(found.front())) return MakeMergedColumn(merged);
-  }
-  return m_sources[found.front().m_source].MakeColumn(found.front().m_column);
+  return m_columns[found.front()].m_values;
 }
 
-OwnedRqExprPtr QueryScope::FindColumn(const std::vector<std::string>& names, SqlNode node, bool& bTableFound) {
+std::vector<SourceColumn> QueryScope::FindColumn(const std::vector<std::string>& names, SqlNode node,
+                                                 bool& bTableFound) const {
   if (names.size() == 1) return FindUnqualified(names.front(), node);
   const std::vector<std::string> qualifier(names.begin(), names.end() - 1);
-  for (std::size_t i = m_firstVisible; i < m_sources.size(); ++i) {
-    if (!m_sources[i].IsCalled(qualifier)) continue;
+  for (std::size_t source = m_firstVisible; source < m_sources.size(); ++source) {
+    const TableSource& table = m_sources[source];
+    if (!table.IsCalled(qualifier)) continue;
     bTableFound = true;
-    std::vector<std::size_t> columns;
-    m_sources[i].FindColumns(names.back(), columns);
-    if (columns.size() > 1) {
-      throw SqlError(PlaceOfNode(node), "the table " + ForMessage(m_sources[i].GetName(), kMaxQuotedCharacters) +
+    std::vector<std::string_view> columnNames;
+    for (std::size_t i = 0; i < table.GetNumColumns(); ++i) columnNames.push_back(table.GetColumnName(i));
+    const std::vector<std::size_t> found = FindNames(columnNames, names.back());
+    if (found.size() > 1) {
+      throw SqlError(PlaceOfNode(node), "the table " + ForMessage(table.GetName(), kMaxQuotedCharacters) +
                                             " has several columns of this name");
     }
-    if (!columns.empty()) return m_sources[i].MakeColumn(columns.front());
+    if (!found.empty()) return {{source, found.front()}};
   }
   return {};
 }
 
 OwnedRqExprPtr QueryScope::MakeColumn(const std::vector<std::string>& names, SqlNode node) {
   bool bTableFound = false;
-  for (QueryScope* pScope = this; pScope; pScope = pScope->m_pOuter) {
-    OwnedRqExprPtr column = pScope->FindColumn(names, node, bTableFound);
-    if (column) return column;
+  for (const QueryScope* pScope = this; pScope; pScope = pScope->m_pOuter) {
+    std::vector<SourceColumn> values = pScope->FindColumn(names, node, bTableFound);
+    for (const SourceColumn& value : values) RequireReachable(*pScope, value, node);
+    if (!values.empty()) return pScope->MakeColumn({names.back(), std::move(values)});
     if (bTableFound) break;
   }
   RaiseNoColumn(names, node, bTableFound);
+}
+
+/// An attribute means the innermost block that has its table.
+void QueryScope::RequireReachable(const QueryScope& owner, const SourceColumn& column, SqlNode node) const {
+  const TableSource& source = owner.m_sources[column.m_source];
+  for (const QueryScope* pScope = this; pScope != &owner; pScope = pScope->m_pOuter) {
+    for (const TableSource& other : pScope->m_sources) {
+      if (!source.IsSameLogicalTable(other)) continue;
+      throw SqlError(PlaceOfNode(node),
+                     "the logical table of this column stands in an inner query too, which hides it");
+    }
+  }
 }
 
 void QueryScope::RaiseNoColumn(const std::vector<std::string>& names, SqlNode node, bool bTableFound) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,6 +26,9 @@ class TableSource {
   /// 0 for a logical table.
   int GetNumber() const { return m_number; }
   const VoidID& GetTableID() const { return m_tableID; }
+  bool IsSameLogicalTable(const TableSource& other) const {
+    return !m_tableID.IsNullID() && m_number == 0 && other.m_number == 0 && other.m_tableID == m_tableID;
+  }
   bool IsCalled(const std::vector<std::string>& qualifier) const;
   const std::string& GetName() const { return m_name; }
   std::size_t GetNumColumns() const { return m_columnNames.size(); }
@@ -32,8 +36,6 @@ class TableSource {
   OwnedRqExprPtr MakeColumn(std::size_t i) const;
   /// Gives the first columns other names. False if there are not so many.
   bool RenameColumns(const std::vector<std::string>& names);
-  /// Appends the columns of that name.
-  void FindColumns(std::string_view name, std::vector<std::size_t>& columns) const;
 
  private:
   MemoryGateway* m_pGateway = nullptr;
@@ -52,6 +54,18 @@ struct SourceColumn {
   std::size_t m_column;
 };
 
+/// What a name without a table means: a column or, of the columns that USING makes one, the first that is not null.
+struct NamedColumn {
+  std::string m_name;  ///< Empty for a column without a name.
+  std::vector<SourceColumn> m_values;
+};
+using NamedColumns = std::vector<NamedColumn>;
+std::vector<std::string_view> NamesOf(const NamedColumns& columns);
+
+/// The indexes of the names that are the sought one; if there is none, of those that differ from it in letter case
+/// alone.
+std::vector<std::size_t> FindNames(const std::vector<std::string_view>& names, std::string_view sought);
+
 /// The names of one block: those of its tables, and behind them those of the blocks around it.
 class QueryScope final : public SqlScope {
  public:
@@ -61,34 +75,32 @@ class QueryScope final : public SqlScope {
   OwnedRqExprPtr MakeColumn(const std::vector<std::string>& names, SqlNode node) override;
   Heap<RqExprSubquery> MakeSubquery(SqlNode select, std::size_t nColumns) override;
 
+  /// The node is the place of an error. Raises SqlError for a name that another table has, and for a logical table that
+  /// stands there already: attributes name their table alone, so the two could not be told apart.
   void AddSource(TableSource source, SqlNode node);
   std::vector<TableSource>& GetSources() { return m_sources; }
-  /// While ON conditions are built, only the tables of their join are seen: those from `begin` on.
-  void ShowSourcesFrom(std::size_t begin) { m_firstVisible = begin; }
+  /// The numbers of the tables that have one.
+  std::set<int> GetNumbers() const;
+  /// All columns of a source.
+  NamedColumns GetColumnsOf(std::size_t source) const;
 
-  /// A column of two tables that USING makes one: what it stands for, and the two, which the sign for all columns and
-  /// names without a table then pass over. A full join gives the value that is not null.
-  struct MergedColumn {
-    std::string m_name;
-    std::vector<SourceColumn> m_parts;
-    bool m_bCoalesced = false;
-  };
-  void AddMergedColumn(MergedColumn column) { m_merged.push_back(std::move(column)); }
-  const std::vector<MergedColumn>& GetMergedColumns() const { return m_merged; }
-  OwnedRqExprPtr MakeMergedColumn(const MergedColumn& column) const;
-  bool IsMerged(const SourceColumn& column) const;
-
-  /// The columns among sources [begin, end) that a name without a table means, merged ones once.
-  std::vector<SourceColumn> FindColumns(std::string_view name, std::size_t begin, std::size_t end) const;
+  /// What expressions see from now on: the tables from that one on and, without a table in front, those columns.
+  void Show(std::size_t firstSource, NamedColumns columns);
+  /// What the sign for all columns stands for.
+  const NamedColumns& GetColumns() const { return m_columns; }
+  OwnedRqExprPtr MakeColumn(const NamedColumn& column) const;
+  /// Whether a name without a table means a column of this block, or one of several.
+  bool HasColumn(std::string_view name) const;
 
  private:
-  OwnedRqExprPtr FindColumn(const std::vector<std::string>& names, SqlNode node, bool& bTableFound);
-  OwnedRqExprPtr FindUnqualified(const std::string& name, SqlNode node);
+  std::vector<SourceColumn> FindColumn(const std::vector<std::string>& names, SqlNode node, bool& bTableFound) const;
+  std::vector<SourceColumn> FindUnqualified(const std::string& name, SqlNode node) const;
+  void RequireReachable(const QueryScope& owner, const SourceColumn& column, SqlNode node) const;
   [[noreturn]] void RaiseNoColumn(const std::vector<std::string>& names, SqlNode node, bool bTableFound) const;
 
   QueryBuilder& m_builder;
   QueryScope* m_pOuter;
   std::vector<TableSource> m_sources;
-  std::vector<MergedColumn> m_merged;
+  NamedColumns m_columns;
   std::size_t m_firstVisible = 0;
 };

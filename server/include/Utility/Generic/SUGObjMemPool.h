@@ -123,6 +123,8 @@ class TypedObjPool final : public BaseObjPool {
   /// constructor raises, with owner as it was and nothing counted.
   template <class Owner, class SetValue, class... Value>
   T* Make(ObjPoolGuard<Owner>& owner, SetValue setValue, const Value&... value) {
+    if (!owner) [[likely]]
+      return Fill(owner, setValue, value...);
     ObjPoolGuard<Owner> made;
     T* const pObj = Fill(made, setValue, value...);
     owner.swap(made);

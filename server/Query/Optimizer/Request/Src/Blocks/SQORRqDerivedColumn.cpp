@@ -1,5 +1,6 @@
 #include "Query/Optimizer/Request/Blocks/SQORRqDerivedColumn.h"
 
+#include <cstddef>
 #include <tuple>
 
 #include "Host/BaseStringUtil.h"
@@ -23,6 +24,11 @@ RqDerivedColumn::RqDerivedColumn(const RqDerivedColumn& rhs, bool bNewIDs, bool)
       m_breakStatus(rhs.m_breakStatus) {}
 
 void RqDerivedColumn::SetBreakStatus(BreakStatus status) {
+  // A tree that was read may have columns that refer to one another in a circle. The walk compares with one of those
+  // that it has passed, and takes a new one after twice as many steps each time: in a circle it meets that one again.
+  const RqDerivedColumn* pPassed = this;
+  std::size_t stepsLeft = 1;
+  std::size_t lastSteps = 1;
   for (RqDerivedColumn* pColumn = this;;) {
     pColumn->m_breakStatus = status;
     const RqExpr* const pExpr = pColumn->GetExpr();
@@ -34,6 +40,11 @@ void RqDerivedColumn::SetBreakStatus(BreakStatus status) {
     if (!pBlock || !pBlock->GetParent() || !pBlock->IsRqList()) return;
     if (pBlock->GetParent()->GetObjectType() == kRqUnion) return;
     if (pReferenced->m_breakStatus != kUnknownBreakStatus && pReferenced->m_breakStatus != kNoDuplicates) return;
+    if (pReferenced == pPassed) return;
+    if (--stepsLeft == 0) {
+      pPassed = pReferenced;
+      stepsLeft = lastSteps *= 2;
+    }
     pColumn = pReferenced;
   }
 }

@@ -1,6 +1,8 @@
 #include "Query/Optimizer/Request/Blocks/SQORRqJoinSpec.h"
 
 #include <set>
+#include <unordered_map>
+#include <vector>
 
 #include "Host/BaseStringUtil.h"
 #include "Host/DataBlobUtil.h"
@@ -17,39 +19,64 @@ RqJoinSpec::RqJoinSpec(const RqJoinSpec& rhs, bool bNewIDs, bool bDeepCopy)
 
 namespace {
 
-using NodeMap = std::map<RqNode*, RqNode*>;
+/// Finds the counterparts of nodes in the copy of a graph: they stand in the same places. A map of all that stands
+/// below would have to be made anew for each block within blocks.
+class CopyFinder {
+ public:
+  CopyFinder(const RqJoinSpec& source, RqJoinSpec& copy) {
+    for (int i = 0; i < source.GetNumChildren(); ++i)
+      m_joinNodes.emplace(source.GetIthJoinNode(i), copy.GetIthJoinNode(i));
+  }
 
-/// The copy of a node, which must have one; `text` is the assertion that says so.
-RqJoinNode* GetCopy(const NodeMap& nodeMap, RqJoinNode* pNode, const wchar_t* text) {
-  const auto entry = nodeMap.find(pNode);
-  KX_ASSERT_TEXT(entry != nodeMap.end(), text);
-  return static_cast<RqJoinNode*>(entry->second);
+  /// Null for a node that does not stand below the source. Cost: for each level up to the join node, the slots.
+  RqNode* Find(const RqNode* pNode) const {
+    std::vector<int> places;  // from the node up
+    for (; pNode; pNode = pNode->GetParent()) {
+      if (const auto entry = m_joinNodes.find(pNode); entry != m_joinNodes.end()) {
+        RqNode* pCopy = entry->second;
+        for (auto place = places.rbegin(); place != places.rend(); ++place) pCopy = pCopy->GetIthChild(*place);
+        return pCopy;
+      }
+      if (const RqNode* const pParent = pNode->GetParent()) places.push_back(pParent->FindChildIndex(pNode));
+    }
+    return nullptr;
+  }
+
+ private:
+  std::unordered_map<const RqNode*, RqJoinNode*> m_joinNodes;
+};
+
+/// The copy of a join node, which must have one; `text` is the assertion that says so.
+RqJoinNode* GetCopy(const CopyFinder& copies, const RqJoinNode* pNode, const wchar_t* text) {
+  RqNode* const pCopy = copies.Find(pNode);
+  KX_ASSERT_TEXT(pCopy, text);
+  return static_cast<RqJoinNode*>(pCopy);
 }
 
 /// Aims the references of a copied condition at the copies of the columns that they refer to, as far as these were
 /// copied. False if a column is gone.
-bool AimAtCopies(RqExprCond& cond, const NodeMap& nodeMap) {
+bool AimAtCopies(RqExprCond& cond, const CopyFinder& copies) {
   std::list<RqNode*> references;
   FindNodes(&cond, RqNode::IsObjectType(kRqDerivedColumnReference), references, false);
   for (RqNode* const pNode : references) {
     auto& reference = static_cast<RqDerivedColumnReference&>(*pNode);
     if (!reference.IsValidDerivedColumnReference()) return false;
-    if (const auto column = nodeMap.find(reference.GetDerivedColumn()); column != nodeMap.end()) {
-      reference.SetDerivedColumn(static_cast<RqDerivedColumn*>(column->second));
+    if (RqNode* const pColumn = copies.Find(reference.GetDerivedColumn())) {
+      reference.SetDerivedColumn(static_cast<RqDerivedColumn*>(pColumn));
     }
   }
   return true;
 }
 
-void CopyLink(const RqJoinLink& link, const NodeMap& nodeMap) {
-  RqJoinNode* const pIn = GetCopy(nodeMap, link.GetInNode(), L"inNodePos != nodeMap.end()");
+void CopyLink(const RqJoinLink& link, const CopyFinder& copies) {
+  RqJoinNode* const pIn = GetCopy(copies, link.GetInNode(), L"inNodePos != nodeMap.end()");
   RqJoinNode* pOut = link.GetOutNode();
-  if (pOut) pOut = GetCopy(nodeMap, pOut, L"outNodePos != nodeMap.end()");
+  if (pOut) pOut = GetCopy(copies, pOut, L"outNodePos != nodeMap.end()");
   RqJoinNode* pDriving = link.GetDrivingJoinNode();
-  if (pDriving) pDriving = GetCopy(nodeMap, pDriving, L"drivingNodePos != nodeMap.end()");
+  if (pDriving) pDriving = GetCopy(copies, pDriving, L"drivingNodePos != nodeMap.end()");
   OwnedRqExprCondPtr cond(link.GetJoinCondCopy());
   // Wanted: no link without its column, rather than one that would end whoever asks for that.
-  if (cond && !AimAtCopies(*cond, nodeMap)) return;
+  if (cond && !AimAtCopies(*cond, copies)) return;
   new RqJoinLink(pIn, pOut, cond.Release(), link.GetJoinType(), link.GetCardinality(), pDriving,
                  link.AlreadyAttachedCond());  // its nodes own it
 }
@@ -57,9 +84,11 @@ void CopyLink(const RqJoinLink& link, const NodeMap& nodeMap) {
 }  // namespace
 
 void RqJoinSpec::CopyGraph(const RqJoinSpec& rhs) {
-  NodeMap nodeMap;
-  if (rhs.GetNumChildren() > 0) GetPtrMap(rhs, nodeMap);
-  CopyStarFacts(rhs, nodeMap);
+  const CopyFinder copies(rhs, *this);
+  for (const SmartRqNodePtr& fact : rhs.m_starFact) {
+    const auto* const pFact = static_cast<const RqJoinNode*>(fact.Get());
+    m_starFact.emplace_back(GetCopy(copies, pFact, L"mapElemIter != nodeMap.end()"));
+  }
   std::set<const RqJoinLink*> copiedLinks;
   for (int i = 0; i < rhs.GetNumTableReferences(); ++i) {
     const RqJoinNode* const pRhsJoinNode = rhs.GetIthJoinNode(i);
@@ -67,14 +96,8 @@ void RqJoinSpec::CopyGraph(const RqJoinSpec& rhs) {
     KX_ASSERT(pRhsJoinNode);
     KX_ASSERT(pLhsJoinNode);
     for (const RqJoinLink* const pLink : pRhsJoinNode->GetIncidentLinks()) {
-      if (copiedLinks.insert(pLink).second) CopyLink(*pLink, nodeMap);
+      if (copiedLinks.insert(pLink).second) CopyLink(*pLink, copies);
     }
-  }
-}
-
-void RqJoinSpec::CopyStarFacts(const RqJoinSpec& rhs, const NodeMap& nodeMap) {
-  for (const SmartRqNodePtr& fact : rhs.m_starFact) {
-    m_starFact.emplace_back(GetCopy(nodeMap, static_cast<RqJoinNode*>(fact.Get()), L"mapElemIter != nodeMap.end()"));
   }
 }
 

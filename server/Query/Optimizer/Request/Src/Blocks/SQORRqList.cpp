@@ -88,7 +88,8 @@ bool RqList::IsLeafCandidate() const {
   const RqJoinSpec* const pJoinSpec = GetJoinSpec();
   if (!pJoinSpec) return true;
   for (int i = 0; i < pJoinSpec->GetNumTableReferences(); ++i) {
-    if (!pJoinSpec->GetIthTableReference(i)->IsLeafTable()) return false;
+    const RqTableReference* const pReference = pJoinSpec->GetIthTableReference(i);
+    if (!pReference || !pReference->IsLeafTable()) return false;
   }
   return true;
 }
@@ -97,9 +98,9 @@ bool RqList::IsLeafParent() const {
   const RqJoinSpec* const pJoinSpec = GetJoinSpec();
   if (IsLeafCandidate() || !pJoinSpec) return false;
   for (int i = 0; i < pJoinSpec->GetNumTableReferences(); ++i) {
-    const RqTableReference& reference = *pJoinSpec->GetIthTableReference(i);
-    if (!reference.IsDerivedTableReference()) return false;
-    if (!reference.GetDerivedTable()->GetInnerList()->IsLeafCandidate()) return false;
+    const RqTableReference* const pReference = pJoinSpec->GetIthTableReference(i);
+    if (!pReference || !pReference->IsDerivedTableReference()) return false;
+    if (!pReference->GetDerivedTable()->GetInnerList()->IsLeafCandidate()) return false;
   }
   return true;
 }

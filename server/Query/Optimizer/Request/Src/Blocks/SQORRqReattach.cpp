@@ -3,6 +3,7 @@
 #include <list>
 #include <map>
 #include <set>
+#include <utility>
 
 #include "Host/BaseStringUtil.h"
 #include "Host/KXThread.h"
@@ -15,20 +16,55 @@
 
 namespace {
 
-/// Aims what the block itself says of the columns of an inner block.
-void ReattachClauses(RqList& list, RqJoinSpec& joinSpec, RqAbstractList& inner) {
+/// The columns of derived tables by the names that references have of them: that of the table, and the number. Of
+/// several columns of one name the first one counts.
+using NamedColumns = std::map<std::pair<KXString, int>, RqDerivedColumn*>;
+
+/// Adds the columns of a derived table's block.
+void AddColumns(RqAbstractList& list, const RqDerivedTable& table, NamedColumns& columns) {
+  RqProjection* const pProjection = list.GetProjection();
+  if (!pProjection) return;
+  const KXString tableName = RqDerivedTable::kTablePrefix + BaseStringUtil::StringFrom(table.GetTableNumber());
+  for (int i = 0; i < pProjection->GetNumColumns(); ++i) {
+    RqDerivedColumn* const pColumn = pProjection->GetIthColumn(i);
+    if (pColumn) columns.try_emplace({tableName, pColumn->GetColumnNum()}, pColumn);
+  }
+}
+
+/// Replaces the references that have not been aimed and have the name of a column. One that is the root of a tree has
+/// no place where its replacement could stand, and stays.
+template <class References>
+void AimReferences(const References& references, const NamedColumns& columns) {
+  RqHandleNode releaseContainer;
+  for (RqNode* const pFound : references) {
+    auto& reference = static_cast<RqDerivedColumnReference&>(*pFound);
+    if (!reference.IsRqTreeVectorForm() || !reference.GetParent()) continue;
+    const auto column = columns.find({reference.GetSourceTableName(), reference.GetColumnNumber()});
+    if (column == columns.end()) continue;
+    reference.Replace(new RqDerivedColumnReference(column->second), releaseContainer);
+  }
+}
+
+/// The same for the references of a tree, which may be null.
+void AimReferencesBelow(RqNode* pRoot, const NamedColumns& columns) {
+  std::list<RqNode*> references;
+  FindNodes(pRoot, RqNode::IsObjectType(kRqDerivedColumnReference), references, false);
+  AimReferences(references, columns);
+}
+
+/// Aims what the block itself says of columns. All its derived tables are looked up in one walk.
+void AimClauses(RqList& list, RqJoinSpec& joinSpec, const NamedColumns& columns) {
   RqProjection* const pProjection = list.GetProjection();
   for (int i = 0; pProjection && i < pProjection->GetNumColumns(); ++i) {
-    if (RqDerivedColumn* const pColumn = pProjection->GetIthColumn(i))
-      ReattachDerivedColumn(pColumn->GetExpr(), &inner);
+    AimReferencesBelow(pProjection->GetIthColumn(i), columns);
   }
-  if (RqDetailFilter* const pFilter = list.GetDetailFilter()) ReattachDerivedColumn(pFilter->GetCond(), &inner);
-  if (RqSummaryFilter* const pFilter = list.GetSummaryFilter()) ReattachDerivedColumn(pFilter->GetCond(), &inner);
-  ReattachDerivedColumn(&joinSpec, &inner);
+  if (RqDetailFilter* const pFilter = list.GetDetailFilter()) AimReferencesBelow(pFilter->GetCond(), columns);
+  if (RqSummaryFilter* const pFilter = list.GetSummaryFilter()) AimReferencesBelow(pFilter->GetCond(), columns);
+  AimReferencesBelow(&joinSpec, columns);
   for (int i = 0; i < joinSpec.GetNumTableReferences(); ++i) {
     RqJoinNode* const pNode = joinSpec.GetIthJoinNode(i);
     if (!pNode) continue;
-    for (RqJoinLink* const pLink : pNode->GetIncidentLinks()) ReattachDerivedColumn(pLink->GetJoinCond(), &inner);
+    for (RqJoinLink* const pLink : pNode->GetIncidentLinks()) AimReferencesBelow(pLink->GetJoinCond(), columns);
   }
 }
 
@@ -53,26 +89,18 @@ void ReattachRqList(RqList* pList) {
   std::list<RqNode*> derivedTables;
   FindTopmostNodes(nullptr, pJoinSpec, isDerivedTable, derivedTables, false);
   pJoinSpec->ReattachLinksAfterMarshal();
-  for (RqNode* const pTable : derivedTables) {
-    ReattachClauses(*pList, *pJoinSpec, *static_cast<RqDerivedTable*>(pTable)->GetInnerList());
+  NamedColumns columns;
+  for (RqNode* const pFound : derivedTables) {
+    auto& table = static_cast<RqDerivedTable&>(*pFound);
+    AddColumns(*table.GetInnerList(), table, columns);
   }
+  AimClauses(*pList, *pJoinSpec, columns);
 }
 
 void ReattachDerivedColumn(RqNode* pNode, RqAbstractList* pList) {
-  std::list<RqNode*> references;
-  FindNodes(pNode, RqNode::IsObjectType(kRqDerivedColumnReference), references, false);
-  if (references.empty()) return;
-  const auto& table = static_cast<const RqDerivedTable&>(*pList->GetParent());
-  const KXString sourceTableName = RqDerivedTable::kTablePrefix + BaseStringUtil::StringFrom(table.GetTableNumber());
-  RqHandleNode releaseContainer;
-  for (RqNode* const pFound : references) {
-    auto& reference = static_cast<RqDerivedColumnReference&>(*pFound);
-    if (!reference.IsRqTreeVectorForm() || reference.GetSourceTableName() != sourceTableName) continue;
-    RqProjection* const pProjection = pList->GetProjection();
-    RqDerivedColumn* const pColumn =
-        pProjection ? pProjection->GetMatchingColumn(reference.GetColumnNumber()) : nullptr;
-    if (pColumn) reference.Replace(new RqDerivedColumnReference(pColumn), releaseContainer);
-  }
+  NamedColumns columns;
+  AddColumns(*pList, static_cast<const RqDerivedTable&>(*pList->GetParent()), columns);
+  AimReferencesBelow(pNode, columns);
 }
 
 void FindAllReferences(RqNode& root, std::vector<RqDerivedColumnReference*>& references) {
@@ -103,21 +131,12 @@ void ReattachRequest(RqNode& root) {
 
   std::list<RqNode*> derivedTables;
   FindNodes(&root, RqNode::IsObjectType(kRqDerivedTable), derivedTables, false);
-  std::map<KXString, RqProjection*> projections;
+  NamedColumns columns;
   for (RqNode* const pNode : derivedTables) {
     auto& table = static_cast<RqDerivedTable&>(*pNode);
-    projections.emplace(RqDerivedTable::kTablePrefix + BaseStringUtil::StringFrom(table.GetTableNumber()),
-                        table.GetInnerList()->GetProjection());
+    AddColumns(*table.GetInnerList(), table, columns);
   }
   std::vector<RqDerivedColumnReference*> references;
   FindAllReferences(root, references);
-  RqHandleNode releaseContainer;
-  for (RqDerivedColumnReference* const pReference : references) {
-    if (!pReference->IsRqTreeVectorForm() || !pReference->GetParent()) continue;
-    const auto it = projections.find(pReference->GetSourceTableName());
-    if (it == projections.end() || !it->second) continue;
-    if (RqDerivedColumn* const pColumn = it->second->GetMatchingColumn(pReference->GetColumnNumber())) {
-      pReference->Replace(new RqDerivedColumnReference(pColumn), releaseContainer);
-    }
-  }
+  AimReferences(references, columns);
 }

@@ -50,12 +50,13 @@ RqBreakFilter::RqBreakFilter(const RqBreakFilter& rhs, bool bNewIDs, bool bDeepC
       m_NoOrderByBreakColumnNumbers(rhs.m_NoOrderByBreakColumnNumbers) {}
 
 void RqBreakFilter::CollectIndexes(UInt16Vector& indexes, bool bDistinct, bool bAccountForNoOrderBy) const {
-  const RqProjection& projection = *GetProjection();
+  const RqProjection* const pProjection = GetProjection();
+  if (!pProjection) KX_LOGIC_ERROR(L"");
   indexes.reserve(m_breakColumnNumbers.size());
   for (const std::uint16_t number : m_breakColumnNumbers) {
     if (bAccountForNoOrderBy && Contains(m_NoOrderByBreakColumnNumbers, number)) continue;
-    const int index = projection.FindColumnIndex(static_cast<int>(number));
-    if (index < 0 || index >= projection.GetNumColumns()) KX_LOGIC_ERROR(L"");
+    const int index = pProjection->FindColumnIndex(static_cast<int>(number));
+    if (index < 0 || index >= pProjection->GetNumColumns()) KX_LOGIC_ERROR(L"");
     const auto position = static_cast<std::uint16_t>(index);
     if (!bDistinct || !Contains(indexes, position)) indexes.push_back(position);
   }

@@ -18,9 +18,14 @@ class RqFilter : public RqNodeImpl<Derived, RqNode, kKind> {
   }
   const RqExprCond* GetCond() const { return const_cast<RqFilter*>(this)->GetCond(); }
   /// Deletes the condition that stands and takes pNewCond.
-  void SetCond(RqExprCond* pNewCond) { this->SetIthChild(kCond, pNewCond); }
-  /// Hands the condition to the caller, and leaves the clause without one.
-  RqExprCond* ReleaseCond() { return static_cast<RqExprCond*>(this->ReleaseIthChild(kCond)); }
+  void SetCond(RqExprCond* pNewCond) {
+    if (!this->GetNumChildren()) this->SetNumChildren(kNumChildren);
+    this->SetIthChild(kCond, pNewCond);
+  }
+  /// Hands the condition to the caller, and leaves the clause without one. Null if there is none.
+  RqExprCond* ReleaseCond() {
+    return this->GetNumChildren() ? static_cast<RqExprCond*>(this->ReleaseIthChild(kCond)) : nullptr;
+  }
 };
 
 /// WHERE: which rows of the tables count.

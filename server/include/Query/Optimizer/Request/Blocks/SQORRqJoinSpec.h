@@ -1,7 +1,6 @@
 #pragma once
 
 #include <list>
-#include <map>
 #include <vector>
 
 #include "Query/Optimizer/Request/Blocks/SQORRqJoinNode.h"
@@ -71,7 +70,6 @@ class RqJoinSpec final : public RqNodeImpl<RqJoinSpec, RqNode, kRqJoinSpec> {
 
  private:
   void CopyGraph(const RqJoinSpec& rhs);
-  void CopyStarFacts(const RqJoinSpec& rhs, const std::map<RqNode*, RqNode*>& nodeMap);
 
   bool m_bHasGraphInfo = true;
   SmartRqJoinNodePtrVector m_starFact;
