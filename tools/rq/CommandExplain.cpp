@@ -28,7 +28,7 @@ The exit status is 0, or 2 if there was an error.
 
 Examples:
   rq explain "SELECT category, brand FROM product WHERE list_price > 100"
-  rq explain --stages --file examples/queries/outer_joins.sql
+  rq explain --stages --file examples/queries/chained_outer_joins.sql
   rq explain --format dot --file query.sql | dot -Tsvg > query.svg)help";
 
 }  // namespace

@@ -198,8 +198,7 @@ bool FromBuilder::MayLink(const Units& units, std::size_t first, std::size_t sec
   const std::size_t otherPart = units[second].m_part;
   // Folding begins in the part that comes first, and goes on in the other one from the linked unit.
   if (part != otherPart) return !units[part < otherPart ? second : first].m_bBehind;
-  return std::ranges::none_of(units,
-                              [part](const Unit& u) { return u.m_part == part && (u.m_bBehind || u.m_bClosed); });
+  return !units[first].m_bBehind && !units[second].m_bBehind;
 }
 
 /// Makes the parts of two units one.

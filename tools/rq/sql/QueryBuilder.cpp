@@ -220,7 +220,7 @@ BuiltList QueryBuilder::BuildSetOperator(SqlNode select, QueryScope* pOuter) {
   BuiltList built;
   OwnedRqPtrVector<std::vector<RqAbstractList*>> lists;
   for (const SqlNode branch : branches) {
-    BuiltList next = BuildList(branch, pOuter);
+    BuiltList next = WithoutHiddenColumns(branch, BuildList(branch, pOuter));
     if (lists.empty()) {
       built.m_names = next.m_names;
     } else if (next.m_names.size() != built.m_names.size()) {
@@ -245,25 +245,39 @@ BuiltList QueryBuilder::BuildSetOperator(SqlNode select, QueryScope* pOuter) {
   return built;
 }
 
-/// A set operator has no sort: a block around it does.
-BuiltList QueryBuilder::OrderSetOperator(SqlNode select, BuiltList built) {
-  QueryScope scope(*this, nullptr);
-  BuiltList ordered{Heap<RqAbstractList>(), built.m_names};
+/// A block that selects the columns of a list that have their place in the names, and nothing more.
+Heap<RqList> QueryBuilder::Enclose(BuiltList built, SqlNode select, QueryScope& scope) {
   Heap<RqList> list(new RqList(0));
   Heap<RqAbstractTable> table = MakeDerivedTable(std::move(built), select, std::string(), scope);
   Heap<RqTableReference> reference(
       new RqTableReference(SqlTableRef::kInnerJoin, table.Release(), nullptr, nullptr, kDriving_UnknownTable));
   std::vector<RqJoinNode*> nodes{new RqJoinNode(reference.Release(), false)};
   list->SetJoinSpec(new RqJoinSpec(nodes));
-  const TableSource& source = scope.GetSources().front();
   scope.Show(0, scope.GetColumnsOf(0));
-  for (std::size_t i = 0; i < source.GetNumColumns(); ++i) {
+  for (const NamedColumn& column : scope.GetColumns()) {
     list->GetProjection()->AddColumn(
-        new RqDerivedColumn(source.MakeColumn(i).Release(), RqDerivedColumn::kUnknownColumnNum));
+        new RqDerivedColumn(scope.MakeColumn(column).Release(), RqDerivedColumn::kUnknownColumnNum));
   }
+  return list;
+}
+
+/// A set operator has no sort: a block around it does.
+BuiltList QueryBuilder::OrderSetOperator(SqlNode select, BuiltList built) {
+  QueryScope scope(*this, nullptr);
+  BuiltList ordered{Heap<RqAbstractList>(), built.m_names};
+  Heap<RqList> list = Enclose(std::move(built), select, scope);
   BuildOrderBy(select, scope, *list, ordered.m_names);
   ordered.m_list = Heap<RqAbstractList>(list.Release());
   return ordered;
+}
+
+/// For a reader that counts columns: columns that only the sort has stay in an inner block.
+BuiltList QueryBuilder::WithoutHiddenColumns(SqlNode select, BuiltList built) {
+  if (static_cast<std::size_t>(built.m_list->GetProjection()->GetNumColumns()) == built.m_names.size()) return built;
+  QueryScope scope(*this, nullptr);
+  BuiltList outer{Heap<RqAbstractList>(), built.m_names};
+  outer.m_list = Heap<RqAbstractList>(Enclose(std::move(built), select, scope).Release());
+  return outer;
 }
 
 Heap<RqExprSubquery> QueryBuilder::BuildSubquery(SqlNode select, QueryScope& outer, std::size_t nColumns) {
@@ -272,6 +286,7 @@ Heap<RqExprSubquery> QueryBuilder::BuildSubquery(SqlNode select, QueryScope& out
     throw SqlError(PlaceOfNode(select), "the subquery has " + Columns(built.m_names.size()) + ", where " +
                                             Columns(nColumns) + (nColumns == 1 ? " is needed" : " are needed"));
   }
+  if (nColumns != 0) built = WithoutHiddenColumns(select, std::move(built));
   return Heap<RqExprSubquery>(new RqExprPhysicalSubquery(built.m_list.Release(), &m_gateway));
 }
 

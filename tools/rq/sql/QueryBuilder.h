@@ -90,6 +90,8 @@ class QueryBuilder {
   OwnedRqExprPtr BuildGroupingColumn(SqlNode node, QueryScope& scope, const RqList& list,
                                      const std::vector<std::string>& names);
   void BuildOrderBy(SqlNode select, QueryScope& scope, RqList& list, const std::vector<std::string>& names);
+  Heap<RqList> Enclose(BuiltList built, SqlNode select, QueryScope& scope);
+  BuiltList WithoutHiddenColumns(SqlNode select, BuiltList built);
   BuiltList OrderSetOperator(SqlNode select, BuiltList built);
   void CompileJoins(RqList& list);
   void SetLimits(SqlNode select, RqAbstractList& list);
