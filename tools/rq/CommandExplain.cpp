@@ -4,10 +4,10 @@
 #include <ostream>
 
 #include "HostMemory/MemoryGateway.h"
-#include "HostMemory/ModelReader.h"
 #include "HostMemory/RepositoryNames.h"
 #include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
 #include "rq/CommandLine.h"
+#include "rq/ModelOption.h"
 #include "rq/QueryStages.h"
 #include "rq/TreeDot.h"
 #include "rq/TreeJson.h"
@@ -54,11 +54,7 @@ int CommandExplain::Run(CommandStreams& streams) {
     throw UsageError("--one-line and --stages go with --format text");
   }
   MemoryGateway gateway;
-  if (m_model) {
-    ModelReader::ReadFile(*m_model, gateway);
-  } else {
-    ModelReader::ReadDefault(gateway);
-  }
+  ReadModel(m_model, gateway);
   const RepositoryNames names(gateway);
   if (m_query == "-") m_file = "-";
   const std::string text = m_file ? ReadText(*m_file, streams.m_in) : m_query;

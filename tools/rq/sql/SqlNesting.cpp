@@ -112,7 +112,6 @@ class NestingCount {
 void CheckSqlNesting(std::string_view text) {
   SqlLexer lexer(text);
   SqlToken token = lexer.Next();
-  if (token.m_kind == SqlToken::kEnd) throw SqlError(0, "there is no condition here");
   bool bIsName = false;  // behind a point any word is one
   for (NestingCount count; token.m_kind != SqlToken::kEnd; token = lexer.Next()) {
     count.Take(bIsName && token.m_kind == SqlToken::kWord ? Effect::kStep : EffectOf(token, text));

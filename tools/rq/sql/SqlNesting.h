@@ -7,7 +7,7 @@
 inline constexpr std::size_t kMaxSqlNesting = 10'000;
 
 /// The error text of a condition that goes deeper.
-inline constexpr const char* kNestedTooDeeply = "the condition is nested too deeply here";
+inline constexpr const char* kNestedTooDeeply = "the text is nested too deeply here";
 
 /// Raises SqlError at the token with which a text may become a tree deeper than kMaxSqlNesting, and at the start of a
 /// text that holds no token at all.

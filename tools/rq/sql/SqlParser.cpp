@@ -129,8 +129,11 @@ std::string Prepare(std::string_view written) {
   return RespellSql(written);
 }
 
+bool IsBlank(std::string_view text) { return SqlLexer(text).Next().m_kind == SqlToken::kEnd; }
+
 SqlTree ParseFramed(std::string_view written) {
   const std::string text = Prepare(written);
+  if (IsBlank(text)) throw SqlError(0, "there is no condition here");
   std::string statement;
   statement.reserve(kFrameBegin.size() + text.size() + kFrameEnd.size());
   statement.append(kFrameBegin).append(text).append(kFrameEnd);
@@ -141,6 +144,7 @@ SqlTree ParseFramed(std::string_view written) {
 
 SqlTree ParseStatements(std::string_view written) {
   const std::string text = Prepare(written);
+  if (IsBlank(text)) throw SqlError(0, "there is no query here");
   const ParseResult result(text);
   if (const auto& error = result.GetError()) Raise(text, *error, 0);
   return SqlTree(result.GetJson(), 0);
