@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <regex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,7 +12,7 @@ namespace {
 std::string Explain(const std::string& query) {
   const RqRun run = RunRq({"explain", "--one-line", query});
   EXPECT_EQ(run.m_status, 0) << run.m_err;
-  return std::regex_replace(run.m_out, std::regex("\\s+"), " ");
+  return OneLine(run.m_out);
 }
 
 /// The error without the text and the caret.

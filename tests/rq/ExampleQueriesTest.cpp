@@ -5,7 +5,6 @@
 #include <fstream>
 #include <list>
 #include <nlohmann/json.hpp>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -100,8 +99,15 @@ TEST_P(ExampleQueries, ANestedCopyLeadsNowhereElse) {
 TEST_P(ExampleQueries, TravelsAsBytes) {
   const ByteVector bytes = WriteRequest(*m_tree);
   const Heap<RqNode> read = ReadRequest(bytes);
-  // Row numbers do not travel.
-  EXPECT_EQ(TextOf(*read), std::regex_replace(TextOf(*m_tree), std::regex(" /\\*[^*]*ROWS[^*]*\\*/ "), ""));
+  std::list<RqNode*> nodes;
+  m_tree->GetObjects(nodes);
+  for (RqNode* const pNode : nodes) {
+    auto* const pList = dynamic_cast<RqAbstractList*>(pNode);
+    if (!pList) continue;
+    pList->SetRowNumLimit(0);  // limits do not travel
+    pList->SetRowNumOffset(0);
+  }
+  EXPECT_EQ(TextOf(*read), TextOf(*m_tree));
 }
 
 TEST_P(ExampleQueries, LeavesNothingBehind) {

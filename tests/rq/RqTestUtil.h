@@ -13,6 +13,20 @@ inline std::string Repeated(std::string_view text, int count) {
   return repeated;
 }
 
+/// With each run of blanks and line feeds as one blank.
+inline std::string OneLine(const std::string& text) {
+  std::string line;
+  for (const char c : text) {
+    const bool bBlank = c == ' ' || c == '\n';
+    if (!bBlank) {
+      line += c;
+    } else if (!line.ends_with(' ')) {
+      line += ' ';
+    }
+  }
+  return line;
+}
+
 /// What a command line leaves behind.
 struct RqRun {
   int m_status;
