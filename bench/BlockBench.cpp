@@ -2,7 +2,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -54,10 +53,11 @@ class Request {
   Request() {
     ModelReader::ReadDefault(m_gateway);
     m_names = RepositoryNames(m_gateway);
-    const auto directory = std::filesystem::directory_iterator(RQ_SOURCE_DIR "/examples/queries");
-    const auto largest = std::max_element(begin(directory), end(directory),
-                                          [](const auto& a, const auto& b) { return a.file_size() < b.file_size(); });
-    std::ifstream file(largest->path());
+    std::filesystem::directory_entry largest;
+    for (const auto& entry : std::filesystem::directory_iterator(RQ_SOURCE_DIR "/examples/queries")) {
+      if (largest.path().empty() || entry.file_size() > largest.file_size()) largest = entry;
+    }
+    std::ifstream file(largest.path());
     m_text.assign(std::istreambuf_iterator<char>(file), {});
     const SqlQuery query(m_text);
     m_tree = Build(query);

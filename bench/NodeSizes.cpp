@@ -3,6 +3,16 @@
 #include <cstdio>
 
 #include "Query/Optimizer/Request/Blocks/SQORRqAbstractTable.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqDerivedColumn.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqDerivedTable.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqJoinLink.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqJoinSpec.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqList.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqOpaqueTable.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqSetOperator.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqTELMNativeTable.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqTableReference.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqWrapperList.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCondHierarchy.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCondQuantified.h"
