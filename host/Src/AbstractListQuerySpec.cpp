@@ -22,7 +22,7 @@ const_iterator AbstractListQuerySpec::FromByteVector(const_iterator start, Abstr
   pSpec = nullptr;
   if (!bHasSpec) return start;
   const Reader reader = g_reader.load();
-  if (!reader) KX_RAISE(kMsgBytesMalformed, L"query specification that can be read here");
+  if (!reader) KX_RAISE(kMsgBytesMalformed, L"query that can be read here");
   return reader(start, pSpec);
 }
 

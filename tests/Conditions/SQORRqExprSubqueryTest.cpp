@@ -73,7 +73,7 @@ TEST(Subquery, WhatTravelsAndWhatDoesNot) {
   EXPECT_EQ(static_cast<const RqExprPersistSubquery&>(*persistCopy).GetTargetType(), ServerInfo::kSQLite);
 }
 
-TEST(Subquery, NoReaderForASpecificationIsAnError) {
+TEST(Subquery, NoReaderForAParseTreeIsAnError) {
   const OwnedRqExprPtr logical(LogicalSubquery(L"SELECT 1"));
   const ByteVector bytes = BytesOf(*logical);
   AbstractListQuerySpec::SetReader(nullptr);

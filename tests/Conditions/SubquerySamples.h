@@ -11,7 +11,7 @@
 
 // Subqueries for tests. What these give belongs to the caller, or to the node that takes it.
 
-/// A query specification that is the text of its statement.
+/// A parse tree that is the text of its statement.
 class TextQuerySpec final : public AbstractListQuerySpec {
  public:
   explicit TextQuerySpec(const KXString& statement) : m_statement(statement) {}

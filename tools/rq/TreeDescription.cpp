@@ -909,7 +909,7 @@ class Describer {
   }
 
   static int NumRegularChildren(RqNode& node) { return node.GetNumChildren(); }
-  /// The aggregates of a sort stand behind its specifications.
+  /// The aggregates of a sort stand behind its columns.
   static int NumRegularChildren(RqOrderBy& orderBy) {
     return std::min(orderBy.GetNumSortSpecs(), orderBy.GetNumChildren());
   }

@@ -101,20 +101,28 @@ RqDerivedColumn* RqDerivedColumnReference::GetDerivedColumn() const {
   return pDerivedColumn;
 }
 
+namespace {
+
+/// The derived table that a column is one of; null if it is one of none.
+const RqDerivedTable* FindTable(const RqDerivedColumn& column) {
+  const RqAbstractList* const pBlock = column.GetRqAbstractListContainer();
+  return pBlock ? pBlock->GetRqDerivedTableContainer() : nullptr;
+}
+
+}  // namespace
+
 KXString RqDerivedColumnReference::GetSourceTableName() const {
   if (m_bTreeVectorForm) return m_tableName;
   const RqDerivedColumn* const pDerivedColumn = FindDerivedColumn();
   if (!pDerivedColumn) return g_danglingDerivedColumn;
-  const RqAbstractList* const pBlock = pDerivedColumn->GetRqAbstractListContainer();
-  const RqDerivedTable* const pTable = pBlock ? pBlock->GetRqDerivedTableContainer() : nullptr;
+  const RqDerivedTable* const pTable = FindTable(*pDerivedColumn);
   return pTable ? RqDerivedTable::kTablePrefix + BaseStringUtil::StringFrom(pTable->GetTableNumber()) : KXString();
 }
 
 int RqDerivedColumnReference::GetSourceTableNumber() const {
   const RqDerivedColumn* const m_ptrDerivedColumn = FindDerivedColumn();
   KX_ASSERT(m_ptrDerivedColumn);
-  const RqAbstractList* const pBlock = m_ptrDerivedColumn->GetRqAbstractListContainer();
-  const RqDerivedTable* const pTable = pBlock ? pBlock->GetRqDerivedTableContainer() : nullptr;
+  const RqDerivedTable* const pTable = FindTable(*m_ptrDerivedColumn);
   return pTable ? pTable->GetTableNumber() : 0;
 }
 

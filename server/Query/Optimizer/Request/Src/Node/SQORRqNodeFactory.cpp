@@ -176,7 +176,7 @@ struct Slot {
 void RequireConsistentFields(const RqNode& node, const_iterator start) {
   if (node.GetObjectType() == kRqOrderBy) {
     const int numSortSpecs = static_cast<const RqOrderBy&>(node).GetNumSortSpecs();
-    if (numSortSpecs != node.GetNumChildren()) RaiseMalformed(node, start, L"it counts its sort specifications wrong");
+    if (numSortSpecs != node.GetNumChildren()) RaiseMalformed(node, start, L"it counts its sort columns wrong");
   } else if (node.GetObjectType() == kRqJoinSpec) {
     static_cast<const RqJoinSpec&>(node).RequireReattachableLinks(start);
   }

@@ -109,9 +109,9 @@ class RqList final : public RqNodeImpl<RqList, RqAbstractList, kRqList> {
   bool GroupByCoveredByProjection() const;
   /// Whether every table it reads is evaluated in one place, and it is not one itself.
   bool IsLeafParent() const;
-  /// Whether it does no more than wrap another block, as rewritings leave it. It must have a join specification.
+  /// Whether it does no more than wrap another block, as rewritings leave it. It must have a FROM clause.
   bool IsArtifactListNode() const;
-  /// Whether it does no more than wrap an opaque table. It must have a join specification.
+  /// Whether it does no more than wrap an opaque table. It must have a FROM clause.
   bool IsOpaqueTableWrapper() const;
 
   bool IsRqList() const override { return true; }

@@ -22,7 +22,7 @@ class RqSortSpec final : public RqNodeImpl<RqSortSpec, RqNode, kRqSortSpec> {
   RqSortSpec(int columnNumber, SortDirection direction, bool bNotInLogicalSelect, bool bConstantColumn,
              NullSortDirection nullDirection);
   RqSortSpec(const RqSortSpec& rhs, bool bNewIDs, bool bDeepCopy);
-  /// As DeepCopy with a new identity: sort specifications are handed around by value.
+  /// As DeepCopy with a new identity: sort columns are handed around by value.
   RqSortSpec(const RqSortSpec& rhs) : RqSortSpec(rhs, true, true) {}
 
   int GetColumnNumber() const { return m_columnNumber; }
@@ -58,12 +58,12 @@ class RqSortSpec final : public RqNodeImpl<RqSortSpec, RqNode, kRqSortSpec> {
   bool m_bConstantColumn = false;
 };
 
-/// ORDER BY: sort specifications, the first one decides first. Behind them stand the aggregates that are to be computed
-/// together with the sort, if there are any.
+/// ORDER BY: the columns sorted by, the first one decides first. Behind them stand the aggregates that are to be
+/// computed together with the sort, if there are any.
 class RqOrderBy final : public RqNodeImpl<RqOrderBy, RqNode, kRqOrderBy> {
  public:
   RqOrderBy() = default;
-  /// Copies the specifications, with their identities.
+  /// Copies the sort columns, with their identities.
   RqOrderBy(const std::vector<RqSortSpec>& sortSpecs, bool bAddedForJoin);
   RqOrderBy(const std::vector<RqSortSpec>& sortSpecs, const KXTypeInfoVector& stickyTypes, bool bAddedForJoin);
   RqOrderBy(const RqOrderBy& rhs, bool bNewIDs, bool bDeepCopy);
@@ -73,7 +73,7 @@ class RqOrderBy final : public RqNodeImpl<RqOrderBy, RqNode, kRqOrderBy> {
   void SetNumSortSpecs(int numSortSpecs);
   RqSortSpec* GetIthSortSpec(int i);
   const RqSortSpec* GetIthSortSpec(int i) const { return const_cast<RqOrderBy*>(this)->GetIthSortSpec(i); }
-  /// Deletes the specification that stands there and takes pSortSpec.
+  /// Deletes what stands there and takes pSortSpec.
   void SetIthSortSpec(int i, RqSortSpec* pSortSpec) { SetIthChild(i, pSortSpec); }
   /// Appends a copy with the same identity. There must be no aggregates.
   void AddSortSpec(const RqSortSpec& sortSpec);
@@ -83,7 +83,7 @@ class RqOrderBy final : public RqNodeImpl<RqOrderBy, RqNode, kRqOrderBy> {
   void SetStickyTypes(const KXTypeInfoVector& stickyTypes) { m_stickyTypeVector = stickyTypes; }
   /// Whether a join needs the sort, and not the user.
   bool IsAddedForJoin() const { return m_bAddedForJoin; }
-  /// Whether a column must be added to the select list so that the database puts nulls where a specification wants
+  /// Whether a column must be added to the select list so that the database puts nulls where a sort column wants
   /// them: there is one that the database is incompatible with.
   bool NeedHiddenColumnForNullSortOrder(const RefADatabase& database, ARpGateway* pRp) const;
 
