@@ -48,8 +48,15 @@ inline RqList* FullList() {
   RqJoinSpec& joinSpec = *pList->GetJoinSpec();
   joinSpec.GetIthJoinNode(0)->AddLink(joinSpec.GetIthJoinNode(1), Equal(Col(L"b"), new RqDerivedColumnReference(pX)),
                                       SqlTableRef::kInnerJoin, k_One_To_Many, nullptr, false);
-  joinSpec.GetIthTableReference(0)->SetLeftJoinColumnIndexes({0});
-  joinSpec.GetIthTableReference(0)->SetRightJoinColumnIndexes({1});
+  RqTableReference& reference = *joinSpec.GetIthTableReference(0);
+  reference.SetLeftJoinColumnIndexes({0});
+  reference.SetRightJoinColumnIndexes({1});
+  reference.SetNullsAreEqualFlags({true});
+  reference.SetFactTableIndex(4);
+  reference.SetJoinAbsorbed(true);
+  reference.SetRemoveCandidacy(true);
+  reference.SetEstimatedDictionarySize(5);
+  reference.SetDictionaryRowCount(6);
   pList->SetDetailFilter(new RqDetailFilter(Equal(new RqDerivedColumnReference(pX), Int(1))));
   pList->SetSummaryFilter(new RqSummaryFilter(Equal(Col(L"a"), Int(2))));
   RqExprVector columns{Col(L"b"), Col(L"a")};

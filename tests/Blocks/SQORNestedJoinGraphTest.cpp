@@ -6,6 +6,7 @@
 #include <set>
 
 #include "Blocks/JoinGraphText.h"
+#include "CaseFile.h"
 
 namespace {
 
@@ -21,59 +22,13 @@ std::string Collapse(const std::string& nodesText, const std::string& linksText,
   return text;
 }
 
-constexpr bool kOuterJoinsOnly = true;
-struct {
-  const char* m_nodes;
-  const char* m_links;
-  const char* m_expected;
-  bool m_bOuterJoinsOnly = false;
-} constexpr kCases[] = {
-    {"A", "", "(A)"},
-    {"A/c1", "", "(A on c1)"},
-    {"A B", "A inner B c1", "(A inner B on c1)"},
-    {"B A", "A natural B -", "(A natural B)"},
-    {"A B", "A right B c1", "(B left A on c1)"},
-    // All links of a node, then those of its neighbours, one after the other.
-    {"A B C D E", "C inner E c4, B inner D c3, A inner B c1, A inner C c2",
-     "((((A inner B on c1) inner C on c2) inner D on c3) inner E on c4)"},
-    {"A B C", "A inner B c1, C left A c2", "(C left (A inner B on c1) on c2)"},
-    // A reference that is a join stays; one around a single table goes, with the condition that stands on it.
-    {"[AB] C", "A inner C c1", "((A inner B) inner C on c1)"},
-    {"C [AB]", "C full A c1", "(C full (A inner B) on c1)"},
-    {"[AB] [CD] E", "C left A c1, E left C c2", "(E left ((C inner D) left (A inner B) on c1) on c2)"},
-    {"A/c9 B", "A inner B c1", "(A inner B on c1)"},
-    // Cycles.
-    {"A B C", "A inner B c1, B inner C c2, A inner C c3", "((A inner B on c1) inner C on c2&c3)"},
-    {"A B C", "A inner B c1, A left C c3, C left B c2", "((A inner B on c1) inner C on c2&c3)"},
-    {"A B", "A left B c1, B left A c2", "(A inner B on c1&c2)"},
-    {"A B", "A left B c1, A left B c2", "(A left B on c1&c2)"},
-    {"A B", "A left B c1, B right A c2", "(A left B on c1&c2)"},
-    {"A B", "A left B c1, A inner B c2", "(A inner B on c1&c2)"},
-    {"A B", "A left B c1, B full A c2", "(A left B on c1&c2)"},
-    {"A B", "A full B c1, B left A c2", "(A right B on c1&c2)"},
-    {"A B", "A stitch B c1, A natural B c2", "(A natural B on c1&c2)"},
-    {"A B", "A left B c1, B left A -", "(A left B on c1)"},
-    // The driving side, in trees and on links that stay.
-    {"B A", "A inner B c1 <", "(A <inner B on c1)"},
-    {"A B", "A inner B c1 >", "(A inner> B on c1)"},
-    {"A B", "A right B c1 <", "(B left> A on c1)"},
-    {"A B C", "A inner B c1 >!, C inner B c2 <", "(A) (B) (C), 0 inner 1 c1 #0 >!, 2 inner 1 c2 #1 <", kOuterJoinsOnly},
-    {"A B C", "A inner B c1 >, C left B c2", "(A) (C left B on c2), 0 inner 1 c1 #0 >", kOuterJoinsOnly},
-    // Outer joins alone.
-    {"A B", "B inner A c1", "(A) (B), 1 inner 0 c1 #0", kOuterJoinsOnly},
-    {"A B C", "A inner B c1, B left C c2", "(A) (B left C on c2), 0 inner 1 c1 #0", kOuterJoinsOnly},
-    {"A B C", "A inner B c1, B left C c2, C inner A c3", "(A) (B left C on c2), 0 inner 1 c1 #0, 1 inner 0 c3 #2",
-     kOuterJoinsOnly},
-    {"A B C", "B inner C c1, A inner C c2, A inner B c3",
-     "(A) (B) (C), 0 inner 2 c2 #1, 0 inner 1 c3 #2, 1 inner 2 c1 #0", kOuterJoinsOnly},
-    {"A B", "A left B c1, A inner B c2, B inner A c3, A inner B -", "(A left B on c1) | c2&c3", kOuterJoinsOnly},
-};
-
 TEST(NestedJoinGraph, WhatBecomesOfAGraph) {
   const std::int64_t nodesBefore = MemoryDataCollector::GetRqNodeCount();
-  for (const auto& c : kCases) {
-    SCOPED_TRACE(std::string(c.m_nodes) + ": " + c.m_links);
-    EXPECT_EQ(Collapse(c.m_nodes, c.m_links, c.m_bOuterJoinsOnly), c.m_expected);
+  for (const TextCase& c : CasesOf("Blocks/join_graphs.txt")) {
+    SCOPED_TRACE(c.m_input);
+    const auto [graph, outer] = c.Split(" : outer");
+    const auto [nodes, links] = TextCase{graph, {}}.Split(" :");
+    EXPECT_EQ(Collapse(nodes, links, graph != c.m_input), c.m_expected);
     EXPECT_EQ(MemoryDataCollector::GetRqNodeCount(), nodesBefore);
   }
 }

@@ -6,7 +6,6 @@
 #include <set>
 
 #include "Blocks/BlockSamples.h"
-#include "Host/DataBlobUtil.h"
 #include "Host/SUSystemConfig.h"
 #include "HostMemory/MemoryGateway.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqReattach.h"
@@ -16,14 +15,11 @@
 #include "Query/Optimizer/Request/Features/SQORFeaturesMgr.h"
 #include "Query/Optimizer/Request/Node/SQORRqHandleNode.h"
 #include "Query/Optimizer/Request/Node/SQORRqNodeUtil.h"
-#include "Query/Optimizer/Request/Node/SQORRqTreeVector.h"
-#include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
+#include "TestUtil.h"
 
 namespace {
 
 constexpr const char* kRemoveDistinct = "TELM_Remove_Distinct_Based_On_GroupBy";
-
-std::string TextOf(const RqNode& node) { return RqDumpout::StringFrom(node).ToUTF8(); }
 
 RqGroupBy* GroupBy(RqExprVector columns) { return new RqGroupBy(columns, RqGroupBy::kUnknown); }
 
@@ -197,16 +193,6 @@ TEST(DerivedColumn, BreakStatusGoesDownThroughReferences) {
   const Heap<RqList> overUnion = Wrap(new RqUnion(lists, true), 3);
   overUnion->GetProjection()->GetIthColumn(0)->SetBreakStatus(RqDerivedColumn::kNoDuplicates);
   EXPECT_EQ(pBranch->GetBreakStatus(), RqDerivedColumn::kUnknownBreakStatus);
-}
-
-/// The block as it comes back from its bytes.
-Heap<RqList> ReadBack(RqList& list) {
-  ByteVector bytes;
-  RqTreeVector::ToByteVector(&list, bytes);
-  const BoundedRead bounds(bytes);
-  RqNode* pNode = nullptr;
-  RqTreeVector::FromByteVector(bytes.data(), &pNode);
-  return Heap(static_cast<RqList*>(pNode));
 }
 
 RqDerivedColumn& InnerColumn(RqList& list, int table, int column) {

@@ -69,7 +69,8 @@ class Pair {
     EXPECT_EQ(m_bits == other.m_bits, m_model == other.m_model);
     if (m_model.size() != other.m_model.size()) return;
     EXPECT_EQ(m_bits.Intersects(other.m_bits), bIntersects);
-    EXPECT_EQ(m_bits.IsSubsetOf(other.m_bits), bSubset);
+    EXPECT_EQ(m_bits.CompareAsSets(other.m_bits) <= 0, bSubset);
+    EXPECT_EQ(other.m_bits.CompareAsSets(m_bits) >= 0, bSubset);
   }
 
  private:

@@ -115,14 +115,6 @@ TEST(BitClauseTest, ClausesAreEqualAsSetsUnlessTheirOwnKindIsInside) {
   }
   EXPECT_FALSE(Conjunction("a") == BitClauseConjunction(BitVector(3, true))) << "other lengths";
   EXPECT_TRUE(Disjunction("ab") == Disjunction("ab"));
-  BitClauseConjunction conjunction = Conjunction("a(bc)(de)");
-  DisjunctionSet::iterator disjunction;
-  EXPECT_TRUE(conjunction.HasMatchingDisjunction(Disjunction("de"), disjunction));
-  EXPECT_EQ(disjunction, conjunction.GetNested().begin() + 1);
-  BitClauseDisjunction outer = Disjunction("a[bc][d(ef)]");
-  ConjunctionSet::iterator nested;
-  EXPECT_TRUE(outer.HasMatchingConjunction(Conjunction("d(ef)"), nested));
-  EXPECT_EQ(nested, outer.GetNested().begin() + 1);
   EXPECT_FALSE(Disjunction("a[bc]") == Disjunction("a[bc]"));
 }
 

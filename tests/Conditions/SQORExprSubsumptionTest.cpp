@@ -5,11 +5,11 @@
 #include <random>
 #include <tuple>
 
+#include "CaseFile.h"
 #include "Conditions/SubquerySamples.h"
-#include "Host/ErrorMessage.h"
 #include "HostMemory/MemoryGateway.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprSessionVar.h"
-#include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
+#include "TestUtil.h"
 #include "TruthTable.h"
 
 namespace {
@@ -46,47 +46,14 @@ void ExpectSound(const RqExprCond* pA, const RqExprCond* pB, const std::string& 
 // Conditions
 
 TEST(Subsumption, OfConditions) {
-  struct {
-    const char *m_a, *m_b, *m_answer;
-  } const rows[] = {
-      {"a=2", "a=2", "same"},
-      {"a=1", "b<2", "no"},
-      {"a==1", "a<2", "yes"},
-      {"a<null", "a<2", "no"},
-      {"a<?1", "a<2", "no"},
-      {"1<2", "a<2", "no"},
-      // Disjuncts.
-      {"a=2", "a=2 | b=1", "yes"},
-      {"a=2 | b=1", "a=2", "no"},
-      {"a=2 | b=1", "b=1 | a=2", "same"},
-      {"a=1 | a=2", "a<3", "yes"},
-      {"In(a,1,2)", "In(a,2,3,1)", "yes"},
-      {"In(a,1,2)", "Between(a,1,2)", "no"},  // one conjunct against two
-      {"a<b", "a<b | b<a", "yes"},
-      {"a<b", "b<a", "no"},
-      // Conjuncts.
-      {"a=2 & b=1", "b<3 & a>1", "yes"},
-      {"a=2", "a=2 & b=1", "no"},
-      {"Between(a,1,2)", "a>0 & a<3", "yes"},
-      {"a=2 & b=1", "b=1 & a=2", "same"},
-      {"a=2 & a=2 & b=1", "b=1 & a=2", "same"},
-      {"a=2 & a<3", "a=2", "yes"},  // equivalent, which is not found
-      {"a=2 & (b=1 | b=3)", "b<=3", "yes"},
-      {"!(a=1 | b=1)", "!(a=1)", "yes"},
-      // Rows.
-      {"MultiIn(a,b;1,2)", "MultiIn(a,b;3,3;1,2)", "yes"},
-      {"MultiIn(a,b;1,2;3,3)", "MultiIn(a,b;1,2)", "no"},
-      {"MultiIn(a,b;1,2)", "MultiIn(b,a;1,2)", "no"},
-      {"MultiIn(a,b;1,2)", "NotMultiIn(a,b;1,2)", "no"},
-      {"MultiIn(a,b;1,2) | a=1", "a<2 | MultiIn(a,b;1,2;2,2)", "yes"},
-  };
-  for (const auto& [textA, textB, expected] : rows) {
-    SCOPED_TRACE(std::string(textA) + "  =>  " + textB);
+  for (const TextCase& c : CasesOf("Conditions/implications.txt")) {
+    SCOPED_TRACE(c.m_input);
+    const auto [textA, textB] = c.Split(" ==> ");
     const OwnedRqExprCondPtr a = ParseCond(textA);
     const OwnedRqExprCondPtr b = ParseCond(textB);
     const RqExprCond *const pA = a.Get(), *const pB = b.Get();
     const std::string answer = Subsumes(pA, pB);
-    EXPECT_EQ(answer, expected);
+    EXPECT_EQ(answer, c.m_expected);
     EXPECT_EQ(CondText(pA), CondText(ParseCond(textA).Get())) << "read only";
     ExpectSound(pA, pB, answer);
   }
@@ -213,7 +180,7 @@ TEST(Subsumption, InsOverSubqueries) {
   for (const auto& [pA, pB, bSame] : rows) {
     const OwnedRqExprCondPtr b(pB);
     bool bEquivalent = false;
-    EXPECT_EQ(IsContainedBy(nullptr, pA, pB, bEquivalent), bSame) << RqDumpout::StringFrom(*pB).ToUTF8();
+    EXPECT_EQ(IsContainedBy(nullptr, pA, pB, bEquivalent), bSame) << TextOf(*pB);
     EXPECT_EQ(bEquivalent, bSame);
   }
 }
@@ -259,7 +226,7 @@ TEST(Subsumption, ConstantsOfEveryType) {
   for (const auto& [pSmaller, pGreater, bComparable] : rows) {
     const RqExprCondLess a(Col(L"a"), pSmaller);
     const RqExprCondLess b(Col(L"a"), pGreater);
-    SCOPED_TRACE(RqDumpout::StringFrom(b).ToUTF8());
+    SCOPED_TRACE(TextOf(b));
     EXPECT_EQ(Subsumes<const RqExprCond*>(&a, &b), bComparable ? "yes" : "no");
     EXPECT_EQ(Subsumes<const RqExprCond*>(&b, &a), "no");
   }

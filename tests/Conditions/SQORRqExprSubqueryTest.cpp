@@ -3,31 +3,11 @@
 #include <gtest/gtest.h>
 
 #include "Conditions/SubquerySamples.h"
-#include "Host/ErrorMessage.h"
 #include "Query/Optimizer/Request/Conditions/SQORInwardNegationForm.h"
 #include "Query/Optimizer/Request/Conditions/SQORToCNF.h"
-#include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
+#include "TestUtil.h"
 
 namespace {
-
-std::string TextOf(const RqExpr* pExpr) { return RqDumpout::StringFrom(pExpr).ToUTF8(); }
-
-ByteVector BytesOf(RqExpr& expr) {
-  ByteVector bytes;
-  expr.ToByteVector(bytes);
-  return bytes;
-}
-
-// What travels is checked with the bytes of every kind; a shallow copy holds as much.
-TEST(QuerySubexpr, ShallowCopiesOfEverySample) {
-  for (const QuerySubexprSample& sample : QuerySubexprSamples()) {
-    SCOPED_TRACE(sample.m_name);
-    const OwnedRqExprPtr expr(sample.m_make());
-    const OwnedRqExprPtr shallow(expr->ShallowCopy());
-    EXPECT_EQ(shallow->GetNumOperands(), expr->GetNumOperands());
-    EXPECT_EQ(BytesOf(*shallow), BytesOf(*expr));
-  }
-}
 
 // A copy holds what does not travel, too.
 TEST(Subquery, WhatTravelsAndWhatDoesNot) {
@@ -35,7 +15,7 @@ TEST(Subquery, WhatTravelsAndWhatDoesNot) {
   auto& logical = static_cast<RqExprLogicalSubquery&>(*logicalOwner);
   logical.SetCommonExprName(L"cte");
   RqExprLogicalSubquery read;
-  read.FromByteVector(BytesOf(logical).data());
+  read.FromByteVector(Payload(logical).data());
   EXPECT_EQ(read.GetSubquerySQLString(), L"SELECT 1");
   EXPECT_EQ(read.GetCRC(), TextCRC(L"SELECT 1"));
   EXPECT_EQ(read.GetCommonExprName(), L"");
@@ -48,7 +28,7 @@ TEST(Subquery, WhatTravelsAndWhatDoesNot) {
   EXPECT_FALSE(copied.IsNavigationConstant());
   // One without a parse tree has no text, and travels too.
   RqExprLogicalSubquery none(nullptr, nullptr);
-  read.FromByteVector(BytesOf(none).data());
+  read.FromByteVector(Payload(none).data());
   EXPECT_EQ(read.GetLogicalSubqueryParseTree(), nullptr);
   EXPECT_EQ(read.GetCRC(), 0U);
 
@@ -64,7 +44,7 @@ TEST(Subquery, WhatTravelsAndWhatDoesNot) {
 
   const OwnedRqExprPtr persist(PersistSubquery(L"p"));
   RqExprPersistSubquery readPersist;
-  readPersist.FromByteVector(BytesOf(*persist).data());
+  readPersist.FromByteVector(Payload(*persist).data());
   EXPECT_EQ(readPersist.GetSubqueryDumpout(), L"p");
   EXPECT_EQ(readPersist.GetTableName(), L"");
   EXPECT_TRUE(readPersist.GetDatabaseID().IsNullID());
@@ -75,7 +55,7 @@ TEST(Subquery, WhatTravelsAndWhatDoesNot) {
 
 TEST(Subquery, NoReaderForAParseTreeIsAnError) {
   const OwnedRqExprPtr logical(LogicalSubquery(L"SELECT 1"));
-  const ByteVector bytes = BytesOf(*logical);
+  const ByteVector bytes = Payload(*logical);
   AbstractListQuerySpec::SetReader(nullptr);
   RqExprLogicalSubquery read;
   EXPECT_THROW(read.FromByteVector(bytes.data()), ErrorMessage);
@@ -110,11 +90,10 @@ TEST(Subquery, OrderAndEquivalence) {
 
 // What the rewriters make of each quantified condition: it stays whole, and so does a Not of it.
 TEST(QuerySubexpr, RewritersCarryConditionsThroughWhole) {
-  for (const QuerySubexprSample& sample : QuerySubexprSamples()) {
-    const OwnedRqExprPtr expr(sample.m_make());
+  for (const auto& [pNode, text, external, named, bTravels] : SubquerySamples()) {
+    const OwnedRqExprPtr expr(static_cast<RqExpr*>(pNode));
     if (!expr->IsCond()) continue;
-    SCOPED_TRACE(sample.m_name);
-    const std::string text = TextOf(expr.Get());
+    SCOPED_TRACE(text);
     InwardNegationForm inward;
     expr->TourExpr(inward);
     EXPECT_EQ(TextOf(inward.GetInwardNegationExpr()), text);

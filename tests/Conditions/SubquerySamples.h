@@ -1,7 +1,5 @@
 #pragma once
 
-#include <functional>
-#include <string>
 #include <vector>
 
 #include "Expressions/ExprSamples.h"
@@ -57,38 +55,23 @@ inline RqExprPersistSubquery* PersistSubquery(const wchar_t* text, const wchar_t
   return new RqExprPersistSubquery(text, VoidID(3023, 4u), ServerInfo::kSQLite, table, column);
 }
 
-struct QuerySubexprSample {
-  std::string m_name;
-  std::function<RqExpr*()> m_make;
-};
-
-/// One of each class of subqueries and of the conditions over them. What travels differs from its default.
-inline std::vector<QuerySubexprSample> QuerySubexprSamples() {
-  std::vector<QuerySubexprSample> samples;
-  const auto add = [&samples]<class Class>(Class* (*make)()) {
-    samples.push_back({std::string(GetRqNodeTypeName(Class::kObjectType)), [make]() -> RqExpr* {
-                         Class* const pExpr = make();
-                         pExpr->MarkTargetType(ServerInfo::kPostgreSQL);
-                         pExpr->MarkTargetID(VoidID(3023, 9u));
-                         return pExpr;
-                       }});
+/// One of each class of subqueries and of the conditions over them.
+inline std::vector<TreeSample> SubquerySamples() {
+  const auto select = [] { return LogicalSubquery(L"SELECT 1"); };
+  return {
+      {select(), "SELECT 1"},
+      {PhysicalSubquery(L"RqList q", 77, true), "Subquery(RqList q)"},
+      {PersistSubquery(L"q"), "select C1 from TT", "select \"C1\" from \"TT\"", nullptr, kDoesNotTravel},
+      {new RqExprCondAnyLessThan(Param(1), select()), "?1 <ANY (SELECT 1)"},
+      {new RqExprCondAnyLessEqual(Param(1), select()), "?1 <=ANY (SELECT 1)"},
+      {new RqExprCondAnyGreaterThan(Param(1), select()), "?1 >ANY (SELECT 1)"},
+      {new RqExprCondAnyGreaterEqual(Param(1), select()), "?1 >=ANY (SELECT 1)"},
+      {new RqExprCondAnyNotEqual(Param(1), select()), "?1 <>ANY (SELECT 1)"},
+      {new RqExprCondAllLessThan(Param(1), select()), "?1 <ALL (SELECT 1)"},
+      {new RqExprCondAllLessEqual(Param(1), select()), "?1 <=ALL (SELECT 1)"},
+      {new RqExprCondAllEqual(Param(1), select()), "?1 =ALL (SELECT 1)"},
+      {new RqExprCondAllGreaterThan(Param(1), select()), "?1 >ALL (SELECT 1)"},
+      {new RqExprCondAllGreaterEqual(Param(1), select()), "?1 >=ALL (SELECT 1)"},
+      {new RqExprCondExists(PhysicalSubquery(L"RqList q")), " EXISTS (Subquery(RqList q))"},
   };
-  add(+[] { return LogicalSubquery(L"SELECT \"x\" FROM \"Größe\""); });
-  add(+[] { return PhysicalSubquery(L"RqList q", 77, true); });
-  add(+[] { return PersistSubquery(L"RqList p"); });
-  const auto addQuantified = [&add]<class Class>(std::type_identity<Class>) {
-    add(+[] { return new Class(Col(L"a"), PhysicalSubquery(L"RqList q")); });
-  };
-  addQuantified(std::type_identity<RqExprCondAnyLessThan>());
-  addQuantified(std::type_identity<RqExprCondAnyLessEqual>());
-  addQuantified(std::type_identity<RqExprCondAnyGreaterThan>());
-  addQuantified(std::type_identity<RqExprCondAnyGreaterEqual>());
-  addQuantified(std::type_identity<RqExprCondAnyNotEqual>());
-  addQuantified(std::type_identity<RqExprCondAllLessThan>());
-  addQuantified(std::type_identity<RqExprCondAllLessEqual>());
-  addQuantified(std::type_identity<RqExprCondAllEqual>());
-  addQuantified(std::type_identity<RqExprCondAllGreaterThan>());
-  addQuantified(std::type_identity<RqExprCondAllGreaterEqual>());
-  add(+[] { return new RqExprCondExists(LogicalSubquery(L"SELECT 1")); });
-  return samples;
 }

@@ -8,12 +8,11 @@
 #include <vector>
 
 #include "Expressions/ExprSamples.h"
-#include "Host/DataBlobUtil.h"
 #include "HostMemory/MemoryGateway.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqAbstractTable.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprDimension.h"
-#include "Query/Optimizer/Request/Expressions/SQORRqExprParam.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprSessionVar.h"
+#include "TestUtil.h"
 
 namespace {
 
@@ -22,24 +21,11 @@ using Owned = std::unique_ptr<RqExpr>;
 const RqShallowLessThan kShallow;
 const RqEquivalence kEquivalence;
 
-KorvelNumber Number(const wchar_t* text) {
-  KorvelNumber number;
-  EXPECT_TRUE(KorvelNumber::FromString(text, number));
-  return number;
-}
-
 /// Gateways of two repositories. Samples keep nothing of them.
 ARpGateway* Rp(std::uint32_t uniqueID) {
   static MemoryGateway gateways[2];
   gateways[uniqueID].SetRepositoryUniqueID32(uniqueID);
   return &gateways[uniqueID];
-}
-
-/// The expression, changed.
-template <class Class, class Change>
-Class* Changed(Class* pExpr, Change change) {
-  change(*pExpr);
-  return pExpr;
 }
 
 RqAttribute* Attribute(std::uint32_t number, std::uint32_t repository = 0) {
@@ -156,20 +142,6 @@ TEST(ExprLeaves, StandInTheirOrder) {
       EXPECT_EQ(kEquivalence(*pLeft, *pRight), left == right);
     }
   }
-}
-
-template <class Class>
-std::unique_ptr<Class> ReadBack(Class& source) {
-  auto pRead = std::make_unique<Class>();
-  ByteVector bytes;
-  source.ToByteVector(bytes);
-  pRead->FromByteVector(bytes.data());
-  return pRead;
-}
-
-template <class Class>
-std::unique_ptr<Class> Copy(const Class& source) {
-  return std::unique_ptr<Class>(static_cast<Class*>(source.DeepCopy(false)));
 }
 
 TEST(ExprLeaves, LeaveOutOfThePayloadWhatACopyKeeps) {

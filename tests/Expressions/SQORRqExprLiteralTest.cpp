@@ -11,7 +11,7 @@
 #include <tuple>
 #include <vector>
 
-#include "Host/PropertyValue.h"
+#include "Expressions/ExprSamples.h"
 #include "Host/SUSystemConfig.h"
 #include "Host/TypedFieldValue.h"
 
@@ -21,12 +21,6 @@ using Owned = std::unique_ptr<RqExprLiteral>;
 using Owner = ObjPoolGuard<RqExprLiteral>;
 
 const double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-KorvelNumber Number(const wchar_t* text) {
-  KorvelNumber number;
-  EXPECT_TRUE(KorvelNumber::FromString(text, number));
-  return number;
-}
 
 RqExprStringLiteral* Quoted(const wchar_t* text, RqExprStringLiteral::StringWrapperSymbol symbol) {
   auto* const pLiteral = new RqExprStringLiteral(text);
@@ -298,16 +292,6 @@ TEST(LiteralPools, TakeAValueFromTheLiteralThatTheGuardHeld) {
     SCOPED_TRACE(owner.IsPooled() ? "pooled" : "deleted");
     const KXString& held = static_cast<const RqExprStringLiteral&>(*owner).GetString();
     EXPECT_EQ(pool.Make(owner, setString, held)->GetString(), text);
-  }
-}
-
-TEST(LiteralPools, AreTakenInTurn) {
-  PartitionedPools<IntegerPool> pools(3);
-  std::vector<IntegerPool*> taken;
-  for (int i = 0; i < 6; ++i) taken.push_back(&pools.Next());
-  for (int i = 0; i < 3; ++i) {
-    EXPECT_EQ(taken[i], taken[i + 3]);
-    EXPECT_EQ(taken[i], &pools[(i + 1) % 3]);
   }
 }
 

@@ -9,11 +9,10 @@
 
 #include "Expressions/ScalarSamples.h"
 #include "Host/DataBlobUtil.h"
-#include "Host/ErrorMessage.h"
 #include "HostMemory/MemoryGateway.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqAbstractTable.h"
 #include "Query/Optimizer/Request/Node/SQORRqTreeVector.h"
-#include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
+#include "TestUtil.h"
 
 namespace {
 
@@ -22,30 +21,10 @@ using Owned = std::unique_ptr<RqExpr>;
 const RqShallowLessThan kShallow;
 const RqEquivalence kEquivalence;
 
-std::string TextOf(const RqExpr& expr) { return RqDumpout::StringFrom(expr).ToUTF8(); }
-RqExpr* Param(int number) { return new RqExprParam(number); }
 RqExpr* Less(int left, int right) { return new RqExprCondLess(Int(left), Int(right)); }
-
-ByteVector Payload(RqNode& node) {
-  ByteVector bytes;
-  node.ToByteVector(bytes);
-  return bytes;
-}
 
 // ---------------------------------------------------------------------------------------------------------------------
 // What all classes share
-
-TEST(Scalar, ShallowCopiesHaveTheirFieldsAndNoOperands) {
-  for (const ScalarSample& sample : ScalarSamples()) {
-    SCOPED_TRACE(sample.m_text);
-    const Owned pSource(sample.m_make());
-    const Owned pShallow(pSource->ShallowCopy());
-    EXPECT_EQ(Payload(*pShallow), Payload(*pSource));
-    EXPECT_FALSE(pShallow->IsCopyOf(*pSource));
-    EXPECT_EQ(pShallow->GetNumOperands(), pSource->GetNumOperands());
-    for (int i = 0; i < pShallow->GetNumOperands(); ++i) EXPECT_EQ(pShallow->GetIthOperand(i), nullptr);
-  }
-}
 
 TEST(Scalar, CopiesKeepWhatDoesNotTravelToo) {
   class Table final : public ATELMNativeTable {
@@ -55,16 +34,12 @@ TEST(Scalar, CopiesKeepWhatDoesNotTravelToo) {
     TableIdentifier m_identifier;
   };
   const KXTypeInfo type(KXDateData, 1, 2, 0);
-  const auto copy = []<class Class>(const Class& source) {
-    return std::unique_ptr<Class>(static_cast<Class*>(source.DeepCopy(false)));
-  };
-
   RqExprEvaluate evaluate;
   evaluate.SetMicroExpr(OwnedRqExprPtr(Param(1)));
   evaluate.SetStickyType(type);
   evaluate.SetUserDefinedFuncName(L"F");
   evaluate.SetTypingParams({L"a", L"b"});
-  const auto pEvaluate = copy(evaluate);
+  const auto pEvaluate = Copy(evaluate);
   ASSERT_TRUE(pEvaluate->GetMicroExpr() && pEvaluate->GetMicroExpr() != evaluate.GetMicroExpr());
   EXPECT_TRUE(kEquivalence(*pEvaluate->GetMicroExpr(), *evaluate.GetMicroExpr()));
   EXPECT_EQ(pEvaluate->GetStickyType(), type);
@@ -73,14 +48,14 @@ TEST(Scalar, CopiesKeepWhatDoesNotTravelToo) {
 
   RqExprCoalesce coalesce;
   coalesce.SetStickyType(type);
-  EXPECT_EQ(copy(coalesce)->GetStickyType(), type);
+  EXPECT_EQ(Copy(coalesce)->GetStickyType(), type);
 
   const RefCntTELMNativeTable table(new Table);
-  EXPECT_EQ(copy(RqExprDictLookup(Int(1), table, {}, L"d"))->GetRefCntTELMNativeTable(), table);
+  EXPECT_EQ(Copy(RqExprDictLookup(Int(1), table, {}, L"d"))->GetRefCntTELMNativeTable(), table);
 
   RqExprExternalData data;
   data.SetExternalScriptExecutionData(ScriptSample());
-  EXPECT_EQ(copy(data)->GetExternalScriptExecutionData(), data.GetExternalScriptExecutionData());
+  EXPECT_EQ(Copy(data)->GetExternalScriptExecutionData(), data.GetExternalScriptExecutionData());
 }
 
 TEST(Scalar, IsConstantByItsOperandsUnlessTheClassSaysOtherwise) {
@@ -312,49 +287,6 @@ TEST(ScalarDeathTest, OperandsThatMustNotBeMissing) {
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Bytes
-
-template <class... Values>
-ByteVector Bytes(const Values&... values) {
-  ByteVector bytes;
-  const auto write = [&bytes](const auto& value) {
-    if constexpr (requires { value.ToByteVector(bytes); }) {
-      value.ToByteVector(bytes);
-    } else {
-      DataBlobUtil::ToByteVector(bytes, value);
-    }
-  };
-  (write(values), ...);
-  return bytes;
-}
-
-ByteVector operator+(ByteVector bytes, const ByteVector& more) {
-  bytes.insert(bytes.end(), more.begin(), more.end());
-  return bytes;
-}
-
-TEST(Scalar, PayloadInItsOrder) {
-  const auto u = [](std::uint32_t value) { return value; };
-  const auto i = [](std::int32_t value) { return value; };
-  const auto s = [](const wchar_t* text) { return KXString(text); };
-  const ByteVector base = Payload(*Owned(new RqExprPi));
-  EXPECT_EQ(Payload(*Owned(Evaluate(L"f"))), Bytes(s(L"f")) + base) << "the definition comes first";
-  const auto cast = [](RqExprCast& e) { e.SetDateTimeFormat(L"yyyy"); };
-  EXPECT_EQ(Payload(*Owned(Filled<RqExprCast>(cast, Param(1), KXTimeStampData, 3, 5))),
-            base + Bytes(u(KXTimeStampData), i(3), i(5), s(L"yyyy")));
-  const std::unique_ptr<RqExprPredict> script(Predict(true, L"s.py", 9));
-  script->SetColumnType(L"DOUBLE");
-  script->SetDataBindings({{L"age", L"T1.AGE"}});
-  EXPECT_EQ(Payload(*script), base + Bytes(VoidID(kTIDADatabase, 9u), s(L"s.py"), s(L""), s(L"DOUBLE"), true, i(1),
-                                           s(L"age"), s(L"T1.AGE"), i(0)));
-
-  RqExternalColumn column = ExternalColumnSample();
-  column.m_bIsOptionalVirtual = column.m_bIsDescriptorIDColumn = column.m_bNeedsGrainCheck = false;
-  column.m_bIsLookupJoinColumn = false;
-  column.m_ExternalJoiningIndexVector.resize(1);
-  EXPECT_EQ(Payload(*Owned(External(column, ScriptSample()))),
-            base + Bytes(u(0), column.m_ObjectReference, s(L"key"), s(L"AMOUNT"), true, s(L"sum"), true, true, false,
-                         true, false, true, false, false, true, i(1), column.m_ExternalJoiningIndexVector[0]));
-}
 
 TEST(ExternalScript, ReadsBackInPlaceOfWhatItHeld) {
   ByteVector bytes;

@@ -10,12 +10,10 @@
 #include <vector>
 
 #include "Expressions/ExprSamples.h"
-#include "Host/DataBlobUtil.h"
-#include "Host/ErrorMessage.h"
 #include "Host/KXThread.h"
 #include "Node/SmallStack.h"
-#include "Query/Optimizer/Request/Expressions/SQORRqExprParam.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprSessionVar.h"
+#include "TestUtil.h"
 
 namespace {
 
@@ -49,6 +47,7 @@ TEST(DeepOrder, OfTrees) {
       {"equal trees", "[1 [2]]", "[1 [2]]", true},
       {"leaf before operands", "[]", "[-]", false},
       {"null operand first", "[- 9]", "[1 1]", false},
+      {"null operand before another", "[- 1]", "[1 -]", false},
       {"null operands tie", "[- 1]", "[- 2]", false},
       {"first operand decides", "[1 9]", "[2 1]", false},
       {"later operand decides", "[1 2]", "[1 3]", false},
@@ -75,13 +74,6 @@ TEST(DeepOrder, OfTrees) {
     check(*pLeft, *pRight, !bSame);
     check(*pRight, *pLeft, false);
   }
-}
-
-TEST(Equivalence, NeedsNullsInTheSameSlots) {
-  const Owned pBoth(Row({Int(1), nullptr}));
-  const Owned pFirst(Row({nullptr, Int(1)}));
-  EXPECT_TRUE(kEquivalence(*pBoth, *Owned(pBoth->DeepExprCopy(true))));
-  EXPECT_FALSE(kEquivalence(*pBoth, *pFirst) || kEquivalence(*pFirst, *pBoth));
 }
 
 TEST(Equivalence, AsksThePredicateForEachOperand) {
@@ -250,16 +242,6 @@ TEST(Tours, OfNodesEndAtAnExpression) {
   EXPECT_EQ(log.m_numExprs, 1);
 }
 
-template <class Tour>
-unsigned long CodeOf(Tour tour) {
-  try {
-    tour();
-  } catch (const ErrorMessage& message) {
-    return message.GetCode();
-  }
-  return 0;
-}
-
 TEST(Tours, EndWhenTheJobIsCancelled) {
   const Owned pTree(Row({Int(1), Row({Int(2)}), Int(3)}));
   const KXJobToken token;
@@ -268,10 +250,10 @@ TEST(Tours, EndWhenTheJobIsCancelled) {
   log.m_onRow = [&](RqExprColumnListOrdered& row) {
     if (&row != pTree.get()) token.Cancel();
   };
-  EXPECT_EQ(CodeOf([&] { pTree->TourExpr(log); }), kMsgJobCancelled);
+  EXPECT_EQ(CodeRaisedBy([&] { pTree->TourExpr(log); }), kMsgJobCancelled);
   EXPECT_EQ(log.m_visited, "[1[") << "the next operand is the next cancellation point";
   NodeLog nodeLog;
-  EXPECT_EQ(CodeOf([&] { pTree->Tour(nodeLog); }), kMsgJobCancelled);
+  EXPECT_EQ(CodeRaisedBy([&] { pTree->Tour(nodeLog); }), kMsgJobCancelled);
   EXPECT_EQ(nodeLog.m_numExprs, 0);
 }
 
@@ -280,22 +262,8 @@ TEST(Tours, EndInAnErrorWhenTheStackRunsLow) {
   for (int i = 0; i < 100'000; ++i) pTree.reset(Row({pTree.release()}));
   RunOnSmallStack([&] {
     ExprLog log;
-    EXPECT_EQ(CodeOf([&] { pTree->TourExpr(log); }), kMsgStackLow);
+    EXPECT_EQ(CodeRaisedBy([&] { pTree->TourExpr(log); }), kMsgStackLow);
   });
-}
-
-// Types in payloads
-
-TEST(TypeInfo, TravelsByName) {
-  const KXTypeInfo typeInfo(KXDoubleData, -7, 3, 1);
-  ByteVector bytes;
-  RqExpr::ToByteVector_KXTypeInfo(bytes, typeInfo);
-  KXString name;
-  EXPECT_EQ(DataBlobUtil::FromByteVector(bytes.data(), name, true) + 4 + 2 + 1, bytes.data() + bytes.size());
-  EXPECT_EQ(name, L"DOUBLE");
-  KXTypeInfo copy;
-  EXPECT_EQ(RqExpr::FromByteVector_KXTypeInfo(bytes.data(), copy), bytes.data() + bytes.size());
-  EXPECT_EQ(copy, typeInfo);
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 #include "Expressions/ExprSamples.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprExternal.h"
-#include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
+#include "TestUtil.h"
 
 namespace {
 
@@ -94,8 +94,6 @@ TEST(ContentMapDeathTest, WithoutIndexOrExpression) {
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Conjuncts
-
-std::string TextOf(const RqNode* pNode) { return RqDumpout::StringFrom(pNode).ToUTF8(); }
 
 TEST(ConjunctUtility, InvertsEachComparison) {
   const std::pair<RqExprCond*, const char*> rows[] = {

@@ -13,7 +13,6 @@
 #include "Query/Optimizer/Request/Expressions/SQORRqExprDateTime.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprExternal.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprMember.h"
-#include "Query/Optimizer/Request/Expressions/SQORRqExprParam.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprString.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprSystem.h"
 
@@ -80,7 +79,6 @@ void AddSamples(std::vector<ScalarSample>& samples, const char* suffix, const ch
 
 /// Each class, and for one with fields a sample in which each of them has a value.
 inline std::vector<ScalarSample> ScalarSamples() {
-  static constexpr auto Param = [](int number) -> RqExpr* { return new RqExprParam(number); };
   std::vector<ScalarSample> samples = {
       {"-1", [] { return new RqExprUnaryMinus(Int(1)); }},
       {"1 + 2", [] { return new RqExprAdd(Int(1), Int(2)); }},

@@ -10,12 +10,12 @@
 #include <tuple>
 #include <vector>
 
-#include "Host/ErrorMessage.h"
 #include "Host/KXThread.h"
 #include "Node/SmallStack.h"
 #include "Node/TestNode.h"
 #include "Query/Optimizer/Request/Node/SQORRqHandleNode.h"
 #include "Query/Optimizer/Request/Node/SQORRqNodeUtil.h"
+#include "TestUtil.h"
 
 namespace {
 
@@ -236,12 +236,7 @@ TEST_F(DeepTree, EndsATourInAnError) {
   RunOnSmallStack([] {
     const std::unique_ptr<RqNode> pTree = MakeDeepTree(100'000);
     TourLog visitor;
-    try {
-      pTree->Tour(visitor);
-      ADD_FAILURE() << "the tour came to its end";
-    } catch (const ErrorMessage& message) {
-      EXPECT_EQ(message.GetCode(), kMsgStackLow);
-    }
+    EXPECT_EQ(CodeRaisedBy([&] { pTree->Tour(visitor); }), kMsgStackLow);
   });
 }
 

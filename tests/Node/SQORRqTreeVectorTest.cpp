@@ -2,27 +2,17 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <fstream>
+#include <iterator>
 #include <list>
 #include <set>
 #include <string>
 
 #include "Blocks/BlockSamples.h"
-#include "Conditions/SubquerySamples.h"
-#include "Expressions/ExprSamples.h"
-#include "Expressions/ScalarSamples.h"
 #include "Host/DataBlobUtil.h"
-#include "Host/ErrorMessage.h"
-#include "HostMemory/MemoryGateway.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqReattach.h"
-#include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
-#include "Query/Optimizer/Request/Conditions/SQORRqExprCondHierarchy.h"
-#include "Query/Optimizer/Request/Conditions/SQORRqExprCondSpecial.h"
-#include "Query/Optimizer/Request/Expressions/SQORRqExprDimension.h"
-#include "Query/Optimizer/Request/Expressions/SQORRqExprParam.h"
-#include "Query/Optimizer/Request/Expressions/SQORRqExprSessionVar.h"
-#include "Query/Optimizer/Request/Node/SQORRqHandleNode.h"
-#include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
+#include "TestUtil.h"
+#include "Text/TreeSamples.h"
 
 namespace {
 
@@ -48,90 +38,18 @@ Heap<RqNode> ReadBounded(const ByteVector& bytes, const BoundedRead::Limits& lim
   return tree;
 }
 
-std::string TextOf(const RqNode& node) { return RqDumpout::StringFrom(node).ToUTF8(); }
-
 RqExprCond* Comparison() { return new RqExprCondEquality(Col(L"a"), Int(1), true); }
 
-template <class Expr, class... Children>
-Expr* Operands(Children*... pOperands) {
-  auto* const pExpr = new Expr;
-  (pExpr->AddChild(pOperands), ...);
-  return pExpr;
-}
-
-/// A tree of every kind that stands and travels, with all fields that travel set to other values than a new node has.
-std::vector<std::function<RqNode*()>> Samples() {
-  static MemoryGateway gateway;
-  const VoidID id(3001, 7U);
-  std::vector<std::function<RqNode*()>> samples{
-      [] { return new RqHandleNode(Int(1)); },
-      [=] { return new RqEntity(&gateway, id); },
-      [=]() -> RqNode* {
-        auto* const pAttribute = new RqAttribute(&gateway, id);
-        pAttribute->SetIsSortKeyAttribute(true);
-        pAttribute->SetDescriptorAttributeName(L"name");
-        return pAttribute;
-      },
-      [=] { return new RqExprDimension(&gateway, id, VoidID(3002, 8U)); },
-      [=] { return new RqExprLevel(&gateway, id, RqExprLevel::kPhysicalLevel); },
-      [=]() -> RqNode* {
-        auto* const pMember = new RqExprMemberReference(new RqExprLevel(&gateway, id), new RqExprStringLiteral(L"m"));
-        pMember->AddChild(Col(L"k"));
-        return pMember;
-      },
-      [=] { return new RqExprMemberReference(new RqExprLevel(&gateway, id), nullptr); },
-      [=]() -> RqNode* {
-        auto* const pColumn = new RqTargetColumn(KXString(L"Größe"), 3);
-        pColumn->SetColumnID(id);
-        pColumn->SetDataMiningColumn(true);
-        return pColumn;
-      },
-      [] { return new RqTargetCubeColumn(); },
-      [] { return new RqTargetCacheColumn(); },
-      [] { return Operands<RqExprColumnListOrdered>(Int(1), Str(L"x")); },
-      [] { return Operands<RqExprColumnList>(Col(L"b"), Col(L"a")); },
-      [] { return new RqExprParam(5); },
-      [] { return new RqExprSessionVar(KXStringPair(L"block", L"name"), 2); },
-      [] { return Str(L"it's"); },
-      [] { return Int(-7); },
-      [] { return new RqExprFloatLiteral(0.5); },
-      [] { return new RqExprDateLiteral(KXDate(2024, 2, 29)); },
-      [] { return new RqExprTimeLiteral(KXTime(23, 59, 58)); },
-      [] { return new RqExprDateTimeLiteral(KXDateTime(KXDate(1999, 12, 31), KXTime(1, 2, 3))); },
-      [] { return new RqExprIntervalLiteral(KXString(L"1 day")); },
-      [] { return Null(); },
-      [] {
-        return new RqExprNumberLiteral(PropertyValueString(L"12345678901234567890.5").ToNumberValue().GetNumber());
-      },
-      [] { return new RqExprCondAnd(Comparison(), new RqExprCondNotEqual(Col(L"b"), Int(2))); },
-      [] { return new RqExprCondOr(Comparison(), new RqExprCondLess(Col(L"a"), Int(1))); },
-      [] { return new RqExprCondLessEqual(Col(L"b"), Int(2)); },
-      [] { return new RqExprCondNot(new RqExprCondGreater(Col(L"a"), Int(1))); },
-      [] { return new RqExprCondGreaterEqual(Col(L"a"), Int(1)); },
-      [] { return new RqExprCondIsNull(Col(L"a"), true); },
-      [] { return new RqExprCondBetween(Col(L"a"), Int(1), Int(2), true); },
-      [] { return new RqExprCondLike(Col(L"a"), Str(L"x%"), true, nullptr); },
-      [] { return new RqExprCondIn(Col(L"a"), Operands<RqExprColumnListOrdered>(Int(1), Int(2)), true); },
-      [] { return new RqExprCondMultiColumnIn(Row({Col(L"a")}), Row({Row({Int(1)})}), true); },
-      [] { return new RqExprIsAncestor(Col(L"a"), Str(L"m"), Int(2), true); },
-      [] { return new RqExprIsRoot(Col(L"a")); },
-      [] { return new RqExprIsSibling(Col(L"a"), Str(L"m"), Col(L"p"), true); },
-      [] { return new RqExprIsLeaf(Col(L"a"), true); },
-      [] { return new RqExprCondAtomicWrapper(Comparison()); },
-      [] { return new RqExprCondOuterJoinFilter(Comparison(), SqlTableRef::kLeftOuterJoin); },
-      [] { return Operands<RqExprCondGroupByContent>(Col(L"a"), Col(L"b")); },
-      []() -> RqNode* {
-        RqExprVector arguments{Col(L"a")};
-        auto* const pPredicate = new RqExprEvaluatePredicate(arguments, true);
-        pPredicate->SetFunctionDef(L"f(%1)");
-        return pPredicate;
-      },
-  };
-  for (const ScalarSample& sample : ScalarSamples()) {
-    if (sample.m_bTravels) samples.emplace_back(sample.m_make);
+/// A tree of every kind that stands and travels, with the fields that travel set to other values than a new node has.
+std::vector<TreeSample> Samples() {
+  static SampleRepository repository;
+  std::vector<TreeSample> samples = TreeSamples(repository);
+  samples.push_back({new RqExprCondOuterJoinFilter(Comparison(), SqlTableRef::kLeftOuterJoin), {}});
+  for (const auto& make : BlockSamples()) samples.push_back({make(), {}});
+  for (const TreeSample& sample : samples) {
+    sample.m_pNode->MarkTargetType(ServerInfo::kPostgreSQL);
+    sample.m_pNode->MarkTargetID(VoidID(3023, 9U));
   }
-  for (const QuerySubexprSample& sample : QuerySubexprSamples()) samples.emplace_back(sample.m_make);
-  for (const auto& make : BlockSamples()) samples.push_back(make);
   return samples;
 }
 
@@ -150,14 +68,20 @@ constexpr Kind kKinds[] = {
 
 TEST(TreeVector, EveryKindThatTravelsComesBack) {
   std::set<RqNodeType_e> sampled;
-  for (const auto& make : Samples()) {
-    const Heap<RqNode> tree(make());
+  for (const TreeSample& sample : Samples()) {
+    const Heap<RqNode> tree(sample.m_pNode);
     SCOPED_TRACE(TextOf(*tree));
     std::list<RqNode*> nodes;
     tree->GetObjects(nodes);
     for (const RqNode* const pNode : nodes) sampled.insert(pNode->GetObjectType());
-    tree->MarkTargetType(ServerInfo::kPostgreSQL);
-    tree->MarkTargetID(VoidID(3023, 9U));
+    if (tree->IsExpr()) {
+      const auto& expr = static_cast<const RqExpr&>(*tree);
+      const Heap<RqExpr> shallow(expr.ShallowCopy());
+      EXPECT_EQ(Payload(*shallow), Payload(*tree));
+      EXPECT_FALSE(shallow->IsCopyOf(*tree));
+      EXPECT_EQ(shallow->GetNumOperands(), expr.GetNumOperands());
+      for (int i = 0; i < shallow->GetNumOperands(); ++i) EXPECT_EQ(shallow->GetIthOperand(i), nullptr);
+    }
     const ByteVector bytes = Write(tree.Get());
     if (tree->GetObjectType() == kRqExprIDOf || tree->GetObjectType() == kRqExprTimeDimSeqNum) {
       EXPECT_THROW(ReadBounded(bytes), ErrorMessage);
@@ -170,11 +94,9 @@ TEST(TreeVector, EveryKindThatTravelsComesBack) {
       if (read->GetObjectType() == kRqList) ReattachRqList(static_cast<RqList*>(read.Get()));
       EXPECT_EQ(read->GetObjectType(), tree->GetObjectType());
       EXPECT_EQ(Write(read.Get()), bytes);
-      // The names of the table and the column with the result do not travel.
-      const bool bTextTravels = tree->GetObjectType() != kRqExprPersistSubquery;
-      EXPECT_TRUE(!bTextTravels || TextOf(*read) == TextOf(*tree)) << TextOf(*read);
       EXPECT_FALSE(read->IsCopyOf(*tree));
-      if (!tree->IsExpr()) continue;
+      EXPECT_TRUE(!sample.m_bTravels || TextOf(*read) == TextOf(*tree)) << TextOf(*read);
+      if (!tree->IsExpr() || !sample.m_bTravels) continue;
       auto& expr = static_cast<RqExpr&>(*tree);
       auto& readExpr = static_cast<RqExpr&>(*read);
       EXPECT_TRUE(expr.IsEquivalent(readExpr, RqEquivalence()));
@@ -188,6 +110,24 @@ TEST(TreeVector, EveryKindThatTravelsComesBack) {
       EXPECT_TRUE(sampled.contains(kind.m_type)) << GetRqNodeTypeName(kind.m_type);
     }
   }
+}
+
+// What was written once is to be read for good: the file has the bytes of each sample, kind by kind. A new sample adds
+// its lines.
+TEST(TreeVector, BytesAreFrozen) {
+  std::multiset<std::string> lines;
+  for (const TreeSample& sample : Samples()) {
+    const Heap<RqNode> tree(sample.m_pNode);
+    std::string line(GetRqNodeTypeName(tree->GetObjectType()));
+    line += ' ';
+    for (const std::uint8_t byte : Write(tree.Get()))
+      line += {"0123456789abcdef"[byte / 16], "0123456789abcdef"[byte % 16]};
+    lines.insert(line + '\n');
+  }
+  std::string written;
+  for (const std::string& line : lines) written += line;
+  std::ifstream file(RQ_SOURCE_DIR "/tests/Node/sample_bytes.txt");
+  EXPECT_EQ(written, std::string(std::istreambuf_iterator<char>(file), {}));
 }
 
 TEST(TreeVector, NullsKeepTheirPlace) {
@@ -213,19 +153,14 @@ TEST(TreeVectorDeathTest, ATrustedBufferHoldsNoSuchKind) {
   }
 }
 
-/// The code of the error that reading under a bound raises, and the offset in its arguments; 0 without one.
+/// The code of the error that reading under a bound raises; 0 without one.
 unsigned long ErrorOf(const ByteVector& bytes, const BoundedRead::Limits& limits = {}) {
-  try {
-    ReadBounded(bytes, limits);
-  } catch (const ErrorMessage& error) {
-    return error.GetCode();
-  }
-  return 0;
+  return CodeRaisedBy([&] { ReadBounded(bytes, limits); });
 }
 
 TEST(TreeVectorBounded, EveryCutOfEverySampleIsFound) {
-  for (const auto& make : Samples()) {
-    const Heap<RqNode> tree(make());
+  for (const TreeSample& sample : Samples()) {
+    const Heap<RqNode> tree(sample.m_pNode);
     SCOPED_TRACE(TextOf(*tree));
     const ByteVector bytes = Write(tree.Get());
     for (std::size_t length = 0; length < bytes.size(); ++length) {

@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <set>
-#include <thread>
 #include <vector>
 
 #include "Host/BaseStringUtil.h"
 #include "Host/KXAssert.h"
 #include "Host/ServerLog.h"
+#include "host/Threads.h"
 
 namespace {
 
@@ -73,13 +73,9 @@ TEST(ServerLog, DefaultSinkWritesErrorsOnly) {
 
 TEST(ServerLog, SinkIsCalledByOneThreadAtATime) {
   LogCapture log;
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([t] {
-      for (int i = 0; i < 500; ++i) ServerLog::LogMessage(i % 2 == 0, BaseStringUtil::StringFrom(t * 500 + i));
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  RunThreads(4, [](int t) {
+    for (int i = 0; i < 500; ++i) ServerLog::LogMessage(i % 2 == 0, BaseStringUtil::StringFrom(t * 500 + i));
+  });
   std::set<KXString> texts;
   for (const auto& [bError, text] : log.m_messages) texts.insert(text);
   EXPECT_EQ(texts.size(), 2000u);

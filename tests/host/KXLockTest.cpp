@@ -5,17 +5,10 @@
 #include <atomic>
 #include <chrono>
 #include <thread>
-#include <vector>
+
+#include "host/Threads.h"
 
 namespace {
-
-template <class Work>
-void RunThreads(int threads, Work work) {
-  std::vector<std::thread> running;
-  running.reserve(threads);
-  for (int t = 0; t < threads; ++t) running.emplace_back([&work, t] { work(t); });
-  for (std::thread& thread : running) thread.join();
-}
 
 TEST(KXCriticalSection, LetsOneThreadInAtATime) {
   // Held not at all, spinning gets the lock; held so long, waiters go to sleep.

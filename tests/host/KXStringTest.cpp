@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <random>
 #include <stdexcept>
-#include <thread>
-#include <vector>
+
+#include "host/Threads.h"
 
 namespace {
 
@@ -105,18 +105,14 @@ TEST(KXString, OrdersByUnsignedCode) {
 
 TEST(KXString, SharesBetweenThreads) {
   const KXString shared(L"shared between threads");
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([copy = shared] {
-      for (int i = 0; i < 20000; ++i) {
-        KXString own(copy);
-        if (i % 3 == 0) own.append(L'x');
-        const KXString other(std::move(own));
-        ASSERT_EQ(other.size(), copy.size() + (i % 3 == 0));
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  RunThreads(4, [copy = shared](int) {
+    for (int i = 0; i < 20000; ++i) {
+      KXString own(copy);
+      if (i % 3 == 0) own.append(L'x');
+      const KXString other(std::move(own));
+      ASSERT_EQ(other.size(), copy.size() + (i % 3 == 0));
+    }
+  });
   EXPECT_EQ(shared, L"shared between threads");
 }
 

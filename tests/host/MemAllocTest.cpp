@@ -6,10 +6,10 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
-#include <thread>
 #include <vector>
 
 #include "Host/UniqueIDGenerator.h"
+#include "host/Threads.h"
 
 // The sanitizers' malloc, too, is to answer an impossible request with null.
 extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }
@@ -59,26 +59,22 @@ TEST(MemoryDataCollector, CountsAcrossThreadsAndTheirEnds) {
   constexpr int kThreads = 8;
   constexpr int kRounds = 10000;
   const std::int64_t before = MemoryDataCollector::GetRqNodeCount();
-  std::vector<std::thread> threads;
-  for (int t = 0; t < kThreads; ++t) {
-    threads.emplace_back([t] {
-      // Made before the thread counts for the first time, so destroyed behind the end of its counting.
-      thread_local CountsOutAtThreadEnd t_atEnd;
-      t_atEnd.m_bArmed = true;
-      MemoryDataCollector::IncrRqNodeCounter(1);
-      // Odd threads delete what even threads make, and a few of their own leave something behind.
-      for (int i = 0; i < kRounds; ++i) {
-        if (t % 2 == 0) {
-          MemoryDataCollector::IncrRqNodeCounter(3);
-        } else {
-          MemoryDataCollector::DecrRqNodeCounter(3);
-        }
-        if (i % 1000 == 0) (void)MemoryDataCollector::GetRqNodeCount();
+  RunThreads(kThreads, [](int t) {
+    // Made before the thread counts for the first time, so destroyed behind the end of its counting.
+    thread_local CountsOutAtThreadEnd t_atEnd;
+    t_atEnd.m_bArmed = true;
+    MemoryDataCollector::IncrRqNodeCounter(1);
+    // Odd threads delete what even threads make, and a few of their own leave something behind.
+    for (int i = 0; i < kRounds; ++i) {
+      if (t % 2 == 0) {
+        MemoryDataCollector::IncrRqNodeCounter(3);
+      } else {
+        MemoryDataCollector::DecrRqNodeCounter(3);
       }
-      MemoryDataCollector::IncrRqNodeCounter(static_cast<unsigned>(t));
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+      if (i % 1000 == 0) (void)MemoryDataCollector::GetRqNodeCount();
+    }
+    MemoryDataCollector::IncrRqNodeCounter(static_cast<unsigned>(t));
+  });
   EXPECT_EQ(MemoryDataCollector::GetRqNodeCount() - before, kThreads * (kThreads - 1) / 2);
   MemoryDataCollector::DecrRqNodeCounter(kThreads * (kThreads - 1) / 2);
 }
@@ -87,13 +83,9 @@ TEST(UniqueIDGenerator, GivesEachNumberOnce) {
   constexpr std::size_t kThreads = 8;
   constexpr std::size_t kNumbers = 5 * sug::UniqueIDGenerator::kBlockSize + 17;
   std::vector<std::vector<std::uint32_t>> drawn(kThreads);
-  std::vector<std::thread> threads;
-  for (auto& own : drawn) {
-    threads.emplace_back([&own] {
-      for (std::size_t i = 0; i < kNumbers; ++i) own.push_back(sug::UniqueIDGenerator::generateProcessUniqueID32());
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  RunThreads(kThreads, [&drawn](int t) {
+    for (std::size_t i = 0; i < kNumbers; ++i) drawn[t].push_back(sug::UniqueIDGenerator::generateProcessUniqueID32());
+  });
   std::vector<std::uint32_t> all;
   for (const auto& own : drawn) {
     EXPECT_TRUE(std::is_sorted(own.begin(), own.end()));

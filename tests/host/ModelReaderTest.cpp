@@ -5,6 +5,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "CaseFile.h"
 #include "Host/ErrorMessage.h"
 #include "Host/GlobalRpVariables.h"
 #include "Host/InactiveSchemas.h"
@@ -42,7 +43,8 @@ TEST(ModelReader, DatabasesHaveTheirPresetAndWhatTheyChangeOfIt) {
 }
 
 TEST(ModelReader, ErrorsTellTheirPlaceAndAddNothing) {
-  std::vector<std::pair<std::string, std::string>> cases = {
+  std::vector<TextCase> cases = CasesOf("host/models/errors.txt");
+  const TextCase others[] = {
       {R"({"databases": {}})", "m: databases: an array must stand here, not object"},
       {"[]", "m: an object must stand here, not array"},
       {"", "m: line 1, column 1: "},
@@ -51,37 +53,7 @@ TEST(ModelReader, ErrorsTellTheirPlaceAndAddNothing) {
       {std::string(100000, '['), "m: line 1, column 100001: "},
       {"{\"a\xff\": 1}", "m: line 1, column "},
   };
-  const std::pair<const char*, const char*> databases[] = {
-      {R"({"name": "a", "target": "ANSI"}, {"name": "a", "preset": "ansi"})", "[0].target: no such kind of target"},
-      {R"({"name": "a", "preset": "ansi"}, {"name": "a", "preset": "ansi"})",
-       "[1].name: there is a database of this name already"},
-      {R"({"name": "old", "preset": "ansi"})", "[0].name: there is a database of this name already"},
-      {R"({"name": "", "preset": "ansi"})", "[0].name: a name must have characters"},
-      {R"({"preset": "ansi"})", "[0]: the key name is missing"},
-      {R"({"name": "a"})", "[0]: the key preset or target is missing"},
-      {R"({"name": "a", "preset": "sqllite"})", "[0].preset: no such preset; did you mean sqlite?"},
-      {R"({"name": "a", "preset": "ansi", "feature": {}})", "[0].feature: no such key; did you mean features?"},
-      {R"({"name": "a", "preset": "ansi", "a b\n": {}})", R"([0]["a b\n"]: no such key)"},
-  };
-  for (const auto& [text, message] : databases) {
-    cases.emplace_back(R"({"databases": [)" + std::string(text) + "]}", std::string("m: databases") + message);
-  }
-  const std::pair<const char*, const char*> features[] = {
-      {R"("kFeature_Foo": true)", "kFeature_Foo: no such feature"},
-      {R"("FULL_OUTR_JOIN": true)", "FULL_OUTR_JOIN: no such feature; did you mean FULL_OUTER_JOIN"},
-      {R"("UNION": 1)", "UNION: true or false must stand here, not 1"},
-      {R"("MAX_NESTED_LEVEL": -1)", "MAX_NESTED_LEVEL: a whole number from 0 to 4294967295 must stand here, not -1"},
-      {R"("MAX_NESTED_LEVEL": 4294967296)",
-       "MAX_NESTED_LEVEL: a whole number from 0 to 4294967295 must stand here, not 4294967296"},
-      {R"("DATE_FORMAT": null)", "DATE_FORMAT: text must stand here, not null"},
-      {R"("CONVERT_CHAR_BITMASK": ["CHAR", "TEXT"])", "CONVERT_CHAR_BITMASK[1]: no such type"},
-      {R"("UNION": true, "kFeature_Union": true)", "kFeature_Union: the feature UNION stands here twice"},
-      {R"("UNION": true, "UNION": true)", "UNION: the key stands here twice"},
-  };
-  for (const auto& [text, message] : features) {
-    cases.emplace_back(R"({"databases": [{"name": "a", "preset": "ansi", "features": {)" + std::string(text) + "}}]}",
-                       std::string("m: databases[0].features.") + message);
-  }
+  cases.insert(cases.end(), std::begin(others), std::end(others));
   MemoryGateway gateway;
   gateway.MakeObject<MemoryDatabase>(7u, L"old", ServerInfo::kDefault);
   for (const auto& [text, message] : cases) {

@@ -2,10 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
-#include <vector>
-
 #include "HostMemory/MemoryGateway.h"
+#include "host/Threads.h"
 
 namespace {
 
@@ -74,15 +72,9 @@ TEST(RefCnt, DeletesWithTheLastPointer) {
 TEST(RefCnt, CountsAcrossThreads) {
   int destroyed = 0;
   RefCnt<Counted> shared(new Counted(destroyed));
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([own = shared] {
-      for (int i = 0; i < 10000; ++i) RefCnt<Counted>(own).Null();
-    });
-  }
-  shared.Null();
-  for (std::thread& thread : threads) thread.join();
-  threads.clear();
+  RunThreads(4, [own = std::move(shared)](int) {
+    for (int i = 0; i < 10000; ++i) RefCnt<Counted>(own).Null();
+  });
   EXPECT_EQ(destroyed, 1);
 }
 

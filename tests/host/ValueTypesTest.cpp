@@ -2,9 +2,11 @@
 
 #include <set>
 
+#include "Host/ExternalData.h"
 #include "Host/KXDataType.h"
 #include "Host/ServerInfo.h"
 #include "Host/SqlTableRef.h"
+#include "Host/TableIdentifier.h"
 
 namespace {
 
@@ -64,6 +66,18 @@ TEST(ServerInfo, TargetNamesMirrorTheKinds) {
   const auto noKind = static_cast<ServerInfo::TargetType>(9999);
   EXPECT_EQ(ServerInfo::GetTargetNameFromEnum(noKind), L"UNKNOWN");
   EXPECT_FALSE(ServerInfo::IsRemoteTargetType(noKind));
+}
+
+TEST(ExternalObjectReference, TextsAndComparison) {
+  const ExternalObjectReference reference({L"Lake", L"a\"b/c"}, L"x");
+  EXPECT_EQ(reference.ToString(), L"Lake.a\"b/c as x");
+  EXPECT_EQ(reference.ToStringForQueryGeneration(), L"\"Lake\".\"a\"\"b/c\"");
+  EXPECT_EQ(reference.GetObjectReferenceStringAsPath(), L"/Lake/a\"b\\/c");
+  EXPECT_EQ(TableIdentifier({L"u", L"t"}).ToString(), L"u.t");
+  EXPECT_EQ(TableIdentifier({L"", L"t"}).ToString(), L"t");
+  const ExternalObjectReference plain({L"a"}), aliased({L"a"}, L"x");
+  EXPECT_EQ(plain, aliased) << "the alias is no part of what is meant";
+  EXPECT_FALSE(ExternalObjectReference::IsSameObjectReference_CompareAll(plain, aliased));
 }
 
 }  // namespace

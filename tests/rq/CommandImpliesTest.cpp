@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
-#include <cstdio>
-#include <fstream>
 #include <random>
 #include <sstream>
 
@@ -19,66 +17,16 @@ RqRun Implies(std::vector<std::string> arguments, const std::string& input = {})
 // Answers
 
 TEST(Implies, Answers) {
-  struct {
-    const char *m_a, *m_b, *m_out;
-  } const rows[] = {
-      {"x = 5 AND y > 0", "x < 6", "implied\n"},
-      {"x <= 5", "x < 5", "not implied\nno conjunct of A implies: x < 5\nthis row satisfies A and not B:\n    x = 5\n"},
-      {"x = 5", "x < 6 AND x > 4",
-       "not shown\nA has fewer conjuncts than B, 1 and 2, and is then not taken to imply it\n"
-       "no row over the values of the conditions, their neighbours and NULL satisfies A and not B\n"},
-      // The tables of both are numbered together, whatever order they come in.
-      {"p.x = 1 AND s.y = 2", "s.y = 2", "implied\n"},
-      {"p.x = 1 AND s.y = 2", "s.x = 1",
-       "not implied\nno conjunct of A implies: T2.x = 1\nthis row satisfies A and not B:\n"
-       "    T1.x = 1\n    T2.y = 2\n    T2.x = 0\n"},
-      // Neither satisfied nor false: a null makes B unknown.
-      {"y = 1", "y = 1 AND x = x",
-       "implied, equivalent\nbut what holds for all values is taken to hold for NULL, and this row "
-       "satisfies A and not B:\n    y = 1\n    x = NULL\n"},
-      // Blanks at the end of a text.
-      {"t LIKE 'a%'", "t LIKE 'a% '",
-       "implied, equivalent\nbut texts that differ in blanks at the end are taken for the same, and this row "
-       "satisfies A and not B:\n    t = 'a'\n"},
-      // A negated list of rows is one conjunct a row.
-      {"(a, b) NOT IN ((1, 2))", "(a, b) NOT IN ((1, 2), (3, 4))",
-       "not implied\nno conjunct of A implies: not a = 3 or not b = 4\nthis row satisfies A and not B:\n"
-       "    a = 3\n    b = 4\n"},
-      {"NOT (c = 1 OR (a, b) IN ((1, 2)))", "NOT c = 1", "implied\n"},
-      // Values of other types, and what lies between two of them.
-      {"d <= DATE '2024-02-29'", "d < DATE '2024-02-29'",
-       "not implied\nno conjunct of A implies: d < DATE '2024-02-29'\nthis row satisfies A and not B:\n"
-       "    d = DATE '2024-02-29'\n"},
-      {"d > TIMESTAMP '2023-12-31 23:59:59'", "d <> TIMESTAMP '2024-01-01 00:00:00'",
-       "not implied\nno conjunct of A implies: not d = TIMESTAMP '2024-01-01 00:00:00'\n"
-       "this row satisfies A and not B:\n    d = TIMESTAMP '2024-01-01 00:00:00'\n"},
-      {"x > 1.25 AND x < 1.5", "x IS NULL",
-       "not implied\nno conjunct of A implies: x is null\nthis row satisfies A and not B:\n    x = 1.375\n"},
-      {"x > 2147483647", "x IS NULL",
-       "not implied\nno conjunct of A implies: x is null\nthis row satisfies A and not B:\n    x = 2147483648.0\n"},
-      {"t > 'a' AND t LIKE '_'", "t IS NULL",
-       "not implied\nno conjunct of A implies: t is null\nthis row satisfies A and not B:\n    t = 'b'\n"},
-      {"t LIKE '_!%%' ESCAPE '!'", "t LIKE '%z'",
-       "not implied\nno conjunct of A implies: t like '%z'\nthis row satisfies A and not B:\n    t = 'a%'\n"},
-      {"x = $1", "x = $2",
-       "not implied\nno conjunct of A implies: x = ?2\nthis row satisfies A and not B:\n"
-       "    x = 1\n    ?1 = 1\n    ?2 = 0\n"},
-      // What cannot be evaluated gives no evidence.
-      {"x < CURRENT_DATE", "x < DATE '2024-01-01'",
-       "not shown\nno conjunct of A implies: x < DATE '2024-01-01'\n"
-       "no row was looked for: CURRENT_DATE cannot be evaluated here\n"},
-      {"x = 'a'", "x < 5",
-       "not shown\nno conjunct of A implies: x < 5\n"
-       "no row over the values of the conditions, their neighbours and NULL satisfies A and not B\n"},
-  };
-  for (const auto& [a, b, out] : rows) {
-    SCOPED_TRACE(std::string(a) + "  =>  " + b);
+  for (const TextCase& c : CasesOf("rq/cases/implications.txt")) {
+    SCOPED_TRACE(c.m_input);
+    const auto [a, b] = c.Split(" ==> ");
+    const std::string& expected = c.m_expected;
     const RqRun run = Implies({a, b});
-    EXPECT_EQ(run.m_out, out);
+    EXPECT_EQ(run.m_out, expected + "\n");
     EXPECT_EQ(run.m_err, "");
-    const bool bImplied = std::string(out).starts_with("implied");
+    const bool bImplied = expected.starts_with("implied");
     EXPECT_EQ(run.m_status, bImplied ? 0 : 1);
-    const bool bEquivalent = std::string(out).starts_with("implied, equivalent");
+    const bool bEquivalent = expected.starts_with("implied, equivalent");
     EXPECT_EQ(Implies({"--format", "json", a, b}).m_out, std::string("{\"implied\":") + (bImplied ? "true" : "false") +
                                                              ",\"equivalent\":" + (bEquivalent ? "true" : "false") +
                                                              "}\n");
@@ -97,94 +45,6 @@ TEST(Implies, SearchStops) {
   EXPECT_EQ(run.m_status, 1);
   EXPECT_TRUE(run.m_out.starts_with("not shown\nno conjunct of A implies: z = 1\nthe search for a row")) << run.m_out;
   EXPECT_NE(run.m_out.find("stopped after 2000"), std::string::npos) << run.m_out;
-}
-
-TEST(Implies, SessionVariables) {
-  struct {
-    std::vector<std::string> m_settings;
-    const char* m_b;
-    int m_status;
-  } const rows[] = {
-      {{"s.v=7"}, "x < 8", 0},
-      {{"s.v=7"}, "x < 7", 1},
-      {{"s.v='7'"}, "x = '7'", 0},
-      {{"s.v=it's=so"}, "x = 'it''s=so'", 0},
-      {{"s.v=date '2024-01-01'"}, "x < DATE '2024-01-02'", 0},
-      {{"s.v=TIME '01:02:03'"}, "x < TIME '01:02:04'", 0},
-      {{"s.v=TIMESTAMP '2024-01-01 00:00:00'"}, "x < TIMESTAMP '2024-01-01 00:00:01'", 0},
-      {{}, "x = VALUEOF(s.v)", 0},  // no value is needed for that
-  };
-  for (const auto& [settings, b, status] : rows) {
-    std::vector<std::string> arguments;
-    for (const std::string& setting : settings) arguments.insert(arguments.end(), {"--set", setting});
-    arguments.insert(arguments.end(), {"x = VALUEOF(s.v)", b});
-    SCOPED_TRACE(settings.empty() ? b : settings[0]);
-    const RqRun run = Implies(arguments);
-    EXPECT_EQ(run.m_status, status) << run.m_out << run.m_err;
-  }
-}
-
-// ---------------------------------------------------------------------------------------------------------------------
-// Errors
-
-TEST(Implies, ErrorsHaveAPlace) {
-  struct {
-    std::vector<std::string> m_arguments;
-    const char* m_err;
-  } const rows[] = {
-      {{"x = 1", "y = 1 AND"},
-       "rq: condition B, line 1, column 10: syntax error at end of input\n  y = 1 AND\n           ^\n"},
-      {{"x = 1 AND", "y = "},
-       "rq: condition A, line 1, column 10: syntax error at end of input\n  x = 1 AND\n           ^\n"},
-      {{"x = 1", "x < VALUEOF(s.v)"},
-       "rq: condition B, line 1, column 5: the session variable s.v has no value\n  x < VALUEOF(s.v)\n      ^\n"},
-      {{"x = 1"}, "rq: two conditions are needed, A and B, or --file FILE\nSee \"rq implies --help\".\n"},
-      {{"--set", "v=1", "x = 1", "y = 1"}, "rq: --set takes BLOCK.NAME=VALUE, not 'v=1'\nSee \"rq implies --help\".\n"},
-      {{"--set", "s.v=1", "--set", "s.v=2", "x = 1", "y = 1"},
-       "rq: --set gives 's.v' a value twice\nSee \"rq implies --help\".\n"},
-      {{"--set", "s.v=DATE '2023-02-29'", "x = 1", "y = 1"},
-       "rq: 'DATE '2023-02-29'' is no value of the calendar\nSee \"rq implies --help\".\n"},
-      {{"--file", "-", "x = 1"}, "rq: conditions and --file do not go together\nSee \"rq implies --help\".\n"},
-  };
-  for (const auto& [arguments, err] : rows) {
-    const RqRun run = Implies(arguments);
-    EXPECT_EQ(run.m_err, err);
-    EXPECT_EQ(run.m_out, "");
-    EXPECT_EQ(run.m_status, 2);
-  }
-}
-
-TEST(Implies, PairsOfAFile) {
-  const std::string input =
-      "x = 1\tx < 2\r\n"
-      "-- a comment\n"
-      "\n"
-      "x = 'a\tb'\t x = 'a\tb' OR y = 1\n"
-      "x < 2\tx = 1\n"
-      "x = \ty = 1\n"
-      "x = 1\n"
-      "x = 1\ty = 1\tz = 1\n"
-      "x = 1\tx > VALUEOF(s.v)\n";
-  const std::string path = testing::TempDir() + "pairs.txt";
-  std::ofstream(path) << input;
-  const RqRun run = Implies({"--file", path});
-  EXPECT_EQ(run.m_out,
-            "{\"implied\":true,\"equivalent\":false}\n"
-            "{\"implied\":true,\"equivalent\":false}\n"
-            "{\"implied\":false,\"equivalent\":false}\n"
-            "{\"error\":\"syntax error at end of input\",\"line\":6,\"column\":5}\n"
-            "{\"error\":\"a tab and a second condition are missing here\",\"line\":7,\"column\":6}\n"
-            "{\"error\":\"there is a second tab here: a line is two conditions with a tab between them\",\"line\":8,"
-            "\"column\":12}\n"
-            "{\"error\":\"the session variable s.v has no value\",\"line\":9,\"column\":11}\n");
-  EXPECT_EQ(run.m_status, 2);
-
-  const RqRun text = Implies({"--file", "-", "--format", "text"}, "x = 1\tx < 2\nx =\tx\nx < 2\tx = 1\n");
-  EXPECT_EQ(text.m_out,
-            "implied\n\nnot implied\nno conjunct of A implies: x = 1\nthis row satisfies A and not B:\n    x = 0\n");
-  EXPECT_EQ(text.m_err, "rq: standard input, line 2, column 4: syntax error at end of input\n  x =\tx\n     ^\n");
-  EXPECT_EQ(Implies({"--file", "-"}, "x = 1\tx < 2\nx < 2\tx = 1\n").m_status, 1);
-  EXPECT_EQ(Implies({"--file", "/nowhere"}).m_status, 2);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

@@ -16,6 +16,7 @@
 #include "HostMemory/RepositoryNames.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqDerivedColumn.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqReattach.h"
+#include "Query/Optimizer/Request/Text/SQORPlanChecker.h"
 #include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
 #include "rq/QueryStages.h"
 #include "rq/RequestBytes.h"
@@ -77,6 +78,8 @@ TEST_P(ExampleQueries, IsWrittenInEachForm) {
   EXPECT_EQ(TextOf(*Build(&stages)), text);
   EXPECT_TRUE(stages.GetText().starts_with("== block 1: as parsed\nRqList"));
 }
+
+TEST_P(ExampleQueries, IsUndamaged) { EXPECT_EQ(PlanChecker::CheckPlan(&m_gateway, *m_tree), 0); }
 
 TEST_P(ExampleQueries, IsCopied) {
   const Heap<RqNode> copy(m_tree->DeepCopy(true));

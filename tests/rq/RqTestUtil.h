@@ -5,7 +5,11 @@
 #include <string_view>
 #include <vector>
 
+#include "CaseFile.h"
+#include "Host/MemAlloc.h"
 #include "rq/CommandLine.h"
+#include "rq/sql/ConditionBuilder.h"
+#include "rq/sql/SqlText.h"
 
 inline std::string Repeated(std::string_view text, int count) {
   std::string repeated;
@@ -41,4 +45,19 @@ inline RqRun RunRq(const std::vector<std::string>& arguments, const std::string&
   CommandStreams streams{in, out, err};
   const int status = RunCommandLine(arguments, streams);
   return {status, out.str(), err.str()};
+}
+
+/// The condition is refused with that place and message, or one that starts so, and what was built of it is freed.
+inline void ExpectRefused(const std::string& sql, const std::string& expected) {
+  SCOPED_TRACE(sql);
+  const std::int64_t nNodes = MemoryDataCollector::GetRqNodeCount();
+  try {
+    ParseCondition(sql);
+    ADD_FAILURE() << "taken";
+  } catch (const SqlError& error) {
+    const SqlPlace place = PlaceOf(sql, error.GetOffset());
+    const std::string told = std::to_string(place.m_line) + ":" + std::to_string(place.m_column) + " " + error.what();
+    EXPECT_EQ(told.substr(0, expected.size()), expected);
+  }
+  EXPECT_EQ(MemoryDataCollector::GetRqNodeCount(), nNodes);
 }

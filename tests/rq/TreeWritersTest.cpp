@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -12,20 +14,10 @@
 #include <utility>
 #include <vector>
 
-#include "Conditions/SubquerySamples.h"
-#include "Expressions/ScalarSamples.h"
-#include "HostMemory/MemoryGateway.h"
-#include "HostMemory/MemoryObjects.h"
-#include "Query/Optimizer/Request/Blocks/SQORRqAtomicTable.h"
-#include "Query/Optimizer/Request/Blocks/SQORRqDerivedTable.h"
-#include "Query/Optimizer/Request/Blocks/SQORRqList.h"
-#include "Query/Optimizer/Request/Blocks/SQORRqSetOperator.h"
-#include "Query/Optimizer/Request/Blocks/SQORRqTableReference.h"
-#include "Query/Optimizer/Request/Blocks/SQORRqWrapperList.h"
-#include "Query/Optimizer/Request/Conditions/SQORRqExprCondSpecial.h"
-#include "Query/Optimizer/Request/Expressions/SQORRqExprSessionVar.h"
+#include "Blocks/BlockSamples.h"
 #include "RqTestUtil.h"
 #include "SQORRqNodeFactory.h"
+#include "Text/TreeSamples.h"
 #include "rq/TreeDot.h"
 #include "rq/TreeJson.h"
 
@@ -37,27 +29,17 @@ class TreeWriters : public testing::Test {
  protected:
   RqAtomicTable* Table(int number, const VoidID& id) { return new RqAtomicTable(&m_gateway, number, id); }
   RqExpr* Column(const VoidID& id, int table) { return new RqTargetColumn(&m_gateway, id, table); }
-  static RqJoinNode* Joined(RqAbstractTable* pTable) {
-    return new RqJoinNode(
-        new RqTableReference(SqlTableRef::kInnerJoin, pTable, nullptr, nullptr, kDriving_UnknownTable), false);
-  }
-  static RqList* List(std::vector<RqExpr*> columns, std::vector<RqJoinNode*> nodes) {
-    auto* const pList = new RqList(0);
-    for (RqExpr* const pColumn : columns) pList->GetProjection()->AddColumn(new RqDerivedColumn(pColumn, 0));
-    pList->SetJoinSpec(new RqJoinSpec(nodes));
-    return pList;
-  }
-
   /// Regions with the keys of a derived table, without those regions that a subquery gives.
   std::unique_ptr<RqList> Query() {
-    RqList* const pInner = List({Column(m_key, 2)}, {Joined(Table(2, m_facts))});
+    RqList* const pInner = List({Column(m_key, 2)}, {Table(2, m_facts)});
     RqDerivedColumn* const pKey = pInner->GetProjection()->GetIthColumn(0);
-    RqJoinNode* const pRegions = Joined(Table(1, m_regions));
-    RqJoinNode* const pFacts = Joined(new RqDerivedTable(pInner, 3));
-    auto* const pCond = new RqExprCondEquality(Column(m_id, 1), new RqDerivedColumnReference(pKey), false);
-    pRegions->AddLink(pFacts, pCond, SqlTableRef::kLeftOuterJoin, k_One_To_Many, nullptr, false);
-    std::unique_ptr<RqList> query(List({Column(m_name, 1), new RqDerivedColumnReference(pKey)}, {pRegions, pFacts}));
-    RqList* const pBlock = List({Column(m_name, 4)}, {});
+    std::unique_ptr<RqList> query(List({Column(m_name, 1), new RqDerivedColumnReference(pKey)},
+                                       {Table(1, m_regions), new RqDerivedTable(pInner, 3)}));
+    RqJoinSpec& joinSpec = *query->GetJoinSpec();
+    joinSpec.GetIthJoinNode(0)->AddLink(joinSpec.GetIthJoinNode(1),
+                                        Equal(Column(m_id, 1), new RqDerivedColumnReference(pKey)),
+                                        SqlTableRef::kLeftOuterJoin, k_One_To_Many, nullptr, false);
+    RqList* const pBlock = List({Column(m_name, 4)});
     pBlock->SetRowNumLimit(10);
     query->SetDetailFilter(
         new RqDetailFilter(new RqExprCondIn(Column(m_name, 1), new RqExprPhysicalSubquery(pBlock, &m_gateway), true)));
@@ -86,100 +68,12 @@ class TreeWriters : public testing::Test {
 // A query
 
 TEST_F(TreeWriters, JsonOfAQuery) {
-  EXPECT_EQ(
-      WriteTreeJson(*Query(), &m_gateway, {}),
-      R"({"kind": "RqList", "distinct": true, "target": {"type": "POSTGRESQL", "id": "3023:40", "name": "Warehouse"},
-  "projection": {"kind": "RqProjection",
-    "columns": [
-      {"kind": "RqDerivedColumn", "number": 1,
-        "expr": {"kind": "RqTargetColumn", "table": "T1", "column": "NAME", "columnID": "3025:51"}
-      },
-      {"kind": "RqDerivedColumn", "number": 2,
-        "expr": {"kind": "RqDerivedColumnReference", "table": "D3", "column": "c1", "name": "KEY"}
-      }
-    ]
-  },
-  "joinSpec": {"kind": "RqJoinSpec",
-    "nodes": [
-      {"kind": "RqJoinNode",
-        "tableRef": {"kind": "RqTableReference",
-          "leftTable": {"kind": "RqAtomicTable", "number": 1, "table": "REGIONS", "tableID": "3024:30"}
-        }
-      },
-      {"kind": "RqJoinNode",
-        "tableRef": {"kind": "RqTableReference",
-          "leftTable": {"kind": "RqDerivedTable", "number": 3,
-            "innerList": {"kind": "RqList",
-              "projection": {"kind": "RqProjection",
-                "columns": [
-                  {"kind": "RqDerivedColumn", "number": 1,
-                    "expr": {"kind": "RqTargetColumn", "table": "T2", "column": "KEY", "columnID": "3025:52"}
-                  }
-                ]
-              },
-              "joinSpec": {"kind": "RqJoinSpec",
-                "nodes": [
-                  {"kind": "RqJoinNode",
-                    "tableRef": {"kind": "RqTableReference",
-                      "leftTable": {"kind": "RqAtomicTable", "number": 2, "table": "FACTS", "tableID": "3024:31"}
-                    }
-                  }
-                ]
-              }
-            }
-          }
-        }
-      }
-    ],
-    "links": [
-      {"from": 0, "to": 1, "type": "left outer", "cardinality": "one to many", "attached": false,
-        "condition": {"kind": "RqExprCondEquality",
-          "leftOperand": {"kind": "RqTargetColumn", "table": "T1", "column": "ID", "columnID": "3025:50"},
-          "rightOperand": {"kind": "RqDerivedColumnReference", "table": "D3", "column": "c1", "name": "KEY"}
-        }
-      }
-    ]
-  },
-  "detailFilter": {"kind": "RqDetailFilter",
-    "cond": {"kind": "RqExprCondIn", "negated": true,
-      "searchExpr": {"kind": "RqTargetColumn", "table": "T1", "column": "NAME", "columnID": "3025:51"},
-      "inValues": {"kind": "RqExprPhysicalSubquery",
-        "block": {"kind": "RqList", "rowNumLimit": 10,
-          "projection": {"kind": "RqProjection",
-            "columns": [
-              {"kind": "RqDerivedColumn", "number": 1,
-                "expr": {"kind": "RqTargetColumn", "table": "T4", "column": "NAME", "columnID": "3025:51"}
-              }
-            ]
-          },
-          "joinSpec": {"kind": "RqJoinSpec"}
-        }
-      }
-    }
-  },
-  "orderBy": {"kind": "RqOrderBy",
-    "sortSpecs": [
-      {"kind": "RqSortSpec", "columnNumber": 2, "direction": "desc", "nulls": "last"}
-    ]
-  }
-}
-)");
+  std::ifstream file(RQ_SOURCE_DIR "/tests/rq/tree_of_a_query.json");
+  EXPECT_EQ(WriteTreeJson(*Query(), &m_gateway, {}), std::string(std::istreambuf_iterator<char>(file), {}));
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Each kind of node
-
-template <class Node, class Change>
-RqNode* With(Node* pNode, Change change) {
-  change(*pNode);
-  return pNode;
-}
-
-KorvelNumber Number(const wchar_t* text) {
-  KorvelNumber number;
-  EXPECT_TRUE(KorvelNumber::FromString(text, number));
-  return number;
-}
 
 TEST_F(TreeWriters, WhatIsSaidOfANode) {
   const auto pShared = std::make_unique<RqDerivedTable>(new RqList(0), 7);
@@ -204,37 +98,37 @@ TEST_F(TreeWriters, WhatIsSaidOfANode) {
        R"( "dateTimeExpr": {"kind": "RqExprParam", "number": 1} } )"},
       {new RqExprSessionVar(KXStringPair(L"b", L"n")), R"({"kind": "RqExprSessionVar", "variable": ["b", "n"]} )"},
       // Marks
-      {With(new RqExprPi, [](RqNode& node) { node.MarkTargetType(ServerInfo::kPostgreSQL); }),
+      {Changed<RqNode>(new RqExprPi, [](RqNode& node) { node.MarkTargetType(ServerInfo::kPostgreSQL); }),
        R"({"kind": "RqExprPi", "target": {"type": "POSTGRESQL"}} )"},
       // Slots: null ones, repeated ones, pairs, and more than there are names for
       {new RqExprCondLike(Col(L"a"), Str(L"x"), true, nullptr),
        R"({"kind": "RqExprCondLike", "negated": true,)"
        R"( "operand": {"kind": "RqTargetColumn", "table": "T1", "column": "a"},)"
        R"( "patternString": {"kind": "RqExprStringLiteral", "value": "x"} } )"},
-      {With(new RqExprIfCase,
-            [](RqNode& node) {
-              node.AddChild(nullptr);
-              node.AddChild(new RqExprPi);
-              node.AddChild(Null());
-              node.AddChild(nullptr);
-              node.AddChild(new RqExprUser);
-            }),
+      {Changed<RqNode>(new RqExprIfCase,
+                       [](RqNode& node) {
+                         node.AddChild(nullptr);
+                         node.AddChild(new RqExprPi);
+                         node.AddChild(Null());
+                         node.AddChild(nullptr);
+                         node.AddChild(new RqExprUser);
+                       }),
        R"({"kind": "RqExprIfCase", "when": [ {"kind": "RqExprPi"}, null ],)"
        R"( "then": [ {"kind": "RqExprNullLiteral", "value": null}, {"kind": "RqExprUser"} ] } )"},
-      {With(new RqExprCondNot(new RqExprCondExists(LogicalSubquery(L"q"))),
-            [](RqNode& node) { node.AddChild(new RqExprPi); }),
+      {Changed<RqNode>(new RqExprCondNot(new RqExprCondExists(LogicalSubquery(L"q"))),
+                       [](RqNode& node) { node.AddChild(new RqExprPi); }),
        R"({"kind": "RqExprCondNot", "operand": {"kind": "RqExprCondExists",)"
        R"( "subquery": {"kind": "RqExprLogicalSubquery", "statement": "q"} }, "more": [ {"kind": "RqExprPi"} ] } )"},
       // What stands aside or elsewhere
-      {With(new RqGroupBy,
-            [this](RqGroupBy& node) {
-              node.AddChild(Column(m_name, 1));
-              node.AddChild(Column(m_key, 2));
-              node.SetGroupingSet({0, 1, 3});
-              OwnedRqExprCondVector filters(3);
-              filters[1] = new RqExprCondExists(LogicalSubquery(L"q"));
-              node.SetGroupingSetFilters(filters);
-            }),
+      {Changed(new RqGroupBy,
+               [this](RqGroupBy& node) {
+                 node.AddChild(Column(m_name, 1));
+                 node.AddChild(Column(m_key, 2));
+                 node.SetGroupingSet({0, 1, 3});
+                 OwnedRqExprCondVector filters(3);
+                 filters[1] = new RqExprCondExists(LogicalSubquery(L"q"));
+                 node.SetGroupingSetFilters(filters);
+               }),
        R"({"kind": "RqGroupBy", "groupingSets": [["REGIONS.NAME", "FACTS.KEY"], ["REGIONS.NAME"], []], "columns": [)"
        R"( {"kind": "RqTargetColumn", "table": "T1", "column": "NAME", "columnID": "3025:51"},)"
        R"( {"kind": "RqTargetColumn", "table": "T2", "column": "KEY", "columnID": "3025:52"} ], "groupingSetFilters": [ null,)"
@@ -344,20 +238,20 @@ TEST_F(TreeWriters, DotOfAQuery) {
 }
 
 TEST_F(TreeWriters, ASharedListLeadsToWhatItShares) {
-  RqList* const pInner = List({Int(1)}, {});
-  std::vector<RqAbstractList*> lists{List({Int(2)}, {Joined(new RqDerivedTable(pInner, 3))}),
+  RqList* const pInner = List({Int(1)});
+  std::vector<RqAbstractList*> lists{List({Int(2)}, {new RqDerivedTable(pInner, 3)}),
                                      new RqSharedList(nullptr, pInner)};
   RqUnion all(lists, true);
   const std::string dot = WriteTreeDot(all, nullptr, {});
   CheckDot(dot);
   EXPECT_THAT(dot, testing::HasSubstr("  n10 [label=\"RqList\\nshared\","));
-  EXPECT_THAT(dot, testing::HasSubstr("  n15 -> n10 [label=\"sharing\", style=dashed,"));
+  EXPECT_THAT(dot, testing::HasSubstr("  n14 -> n10 [label=\"sharing\", style=dashed,"));
 }
 
 TEST_F(TreeWriters, EachSampleIsWhole) {
+  SampleRepository repository;
   std::vector<std::unique_ptr<RqNode>> samples;
-  for (const ScalarSample& sample : ScalarSamples()) samples.emplace_back(sample.m_make());
-  for (const QuerySubexprSample& sample : QuerySubexprSamples()) samples.emplace_back(sample.m_make());
+  for (const TreeSample& sample : TreeSamples(repository)) samples.emplace_back(sample.m_pNode);
   samples.push_back(Query());
   samples.emplace_back(new RqExprSubstring(Int(1), nullptr, nullptr, Str(L"a \"quoted\" \\ text\nof lines"), Int(2)));
   for (const auto& sample : samples) {

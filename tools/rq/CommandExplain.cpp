@@ -3,19 +3,13 @@
 #include <CLI/CLI.hpp>
 #include <ostream>
 
-#include "HostMemory/MemoryGateway.h"
-#include "HostMemory/RepositoryNames.h"
+#include "Query/Optimizer/Request/Text/SQORPlanChecker.h"
 #include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
 #include "rq/CommandLine.h"
-#include "rq/ModelOption.h"
 #include "rq/QueryStages.h"
 #include "rq/TreeDot.h"
 #include "rq/TreeJson.h"
 #include "rq/io/BlockWriter.h"
-#include "rq/io/Files.h"
-#include "rq/sql/QueryBuilder.h"
-#include "rq/sql/SqlParser.h"
-#include "rq/sql/SqlText.h"
 
 namespace {
 
@@ -24,7 +18,8 @@ constexpr const char* kFooter =
 "-" reads it from the standard input. Without --model it is over the built-in
 one, a retail star, which is also in examples/retail.json.
 
-The exit status is 0, or 2 if there was an error.
+The exit status is 0, 1 if the tree was found to be damaged, or 2 if there was
+an error.
 
 Examples:
   rq explain "SELECT category, brand FROM product WHERE list_price > 100"
@@ -34,9 +29,7 @@ Examples:
 }  // namespace
 
 void CommandExplain::Define(CLI::App& app) {
-  app.add_option("QUERY", m_query, "The query, or \"-\"")->type_name("");
-  app.add_option("--file", m_file, "Read the query from a file; \"-\" is the standard input")->type_name("FILE");
-  app.add_option("--model", m_model, "The model of the tables, a file of JSON")->type_name("FILE");
+  m_input.Define(app);
   app.add_option("--format", m_format, "text: the text form; json: nested objects; dot: a graph for Graphviz")
       ->check(CLI::IsMember({"text", "json", "dot"}))
       ->type_name("FORMAT")
@@ -48,40 +41,27 @@ void CommandExplain::Define(CLI::App& app) {
 }
 
 int CommandExplain::Run(CommandStreams& streams) {
-  if (m_query.empty() && !m_file) throw UsageError("nothing to do: give a query, --file FILE or -");
-  if (!m_query.empty() && m_file) throw UsageError("--file goes with no query");
   if (m_format != "text" && (m_bOneLine || m_bStages)) {
     throw UsageError("--one-line and --stages go with --format text");
   }
   MemoryGateway gateway;
-  ReadModel(m_model, gateway);
-  const RepositoryNames names(gateway);
-  if (m_query == "-") m_file = "-";
-  const std::string text = m_file ? ReadText(*m_file, streams.m_in) : m_query;
-
   QueryStages stages(gateway);
-  BuiltList built;
-  try {
-    const SqlQuery query(text);
-    built = QueryBuilder(text, gateway, names, m_bStages ? &stages : nullptr).Build(query.GetSelect());
-  } catch (const SqlError& error) {
-    streams.m_err << MessageText(m_file && *m_file != "-" ? *m_file + ", " : "", error, text);
-    return kExitError;
-  }
+  const std::optional<BuiltList> built = m_input.Build(gateway, streams, m_bStages ? &stages : nullptr);
+  if (!built) return kExitError;
 
   std::string output;
   if (m_format == "json") {
-    output = WriteTreeJson(*built.m_list, &gateway, {.m_bIds = m_bIds});
+    output = WriteTreeJson(*built->m_list, &gateway, {.m_bIds = m_bIds});
   } else if (m_format == "dot") {
-    output = WriteTreeDot(*built.m_list, &gateway, {.m_bIds = m_bIds});
+    output = WriteTreeDot(*built->m_list, &gateway, {.m_bIds = m_bIds});
   } else {
     if (m_bStages) output = stages.GetText() + "\n== request tree\n";
-    const std::string tree = RqDumpout::StringFrom(*built.m_list, false, !m_bOneLine, &gateway, m_bIds).ToUTF8();
+    const std::string tree = RqDumpout::StringFrom(*built->m_list, false, !m_bOneLine, &gateway, m_bIds).ToUTF8();
     output += tree.substr(std::min(tree.find_first_not_of(" \n"), tree.size()));
     output += '\n';
   }
   BlockWriter writer(streams.m_out);
   writer.Append(output);
   writer.Flush();
-  return kExitSuccess;
+  return PlanChecker::CheckPlan(&gateway, *built->m_list) == 0 ? kExitSuccess : kExitNo;
 }

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "rq/Command.h"
+#include "rq/QueryInput.h"
 
 /// rq explain: the request tree of a query over a business model.
 class CommandExplain final : public Command {
@@ -14,9 +14,7 @@ class CommandExplain final : public Command {
   int Run(CommandStreams& streams) override;
 
  private:
-  std::string m_query;
-  std::optional<std::string> m_file;
-  std::optional<std::string> m_model;
+  QueryInput m_input;
   std::string m_format = "text";
   bool m_bIds = false;
   bool m_bOneLine = false;

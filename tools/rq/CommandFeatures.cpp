@@ -5,14 +5,13 @@
 #include <stdexcept>
 
 #include "Host/BaseStringUtil.h"
-#include "HostMemory/FeaturePresets.h"
 #include "HostMemory/MemoryGateway.h"
-#include "HostMemory/MemoryObjects.h"
 #include "HostMemory/ModelReader.h"
 #include "HostMemory/NearestNames.h"
 #include "Query/Optimizer/Request/Features/SQORFeaturesMgr.h"
 #include "rq/CommandLine.h"
 #include "rq/FeatureReport.h"
+#include "rq/TargetDatabase.h"
 #include "rq/io/BlockWriter.h"
 #include "rq/sql/SqlText.h"
 
@@ -45,29 +44,6 @@ KXString Wide(const std::string& text) { return BaseStringUtil::StdStringToStrin
 constexpr std::size_t kMaxMessage = 1000;
 
 [[noreturn]] void Fail(const KXString& message) { throw std::runtime_error(ForMessage(message.ToUTF8(), kMaxMessage)); }
-
-// ---------------------------------------------------------------------------------------------------------------------
-// The database
-
-/// A database of the gateway, or a preset, of which the gateway gets one.
-RefADatabase FindDatabase(const KXString& name, MemoryGateway& gateway) {
-  if (RefADatabase database = gateway.FindObject<ADatabase>(name); !database.IsNull()) return database;
-  const std::vector<RefADatabase> databases = gateway.GetObjects<ADatabase>();
-  if (const FeaturePreset* const pPreset = FeaturePresets::Find(name)) {
-    // The databases of a model are numbered from 1 on.
-    const auto number = static_cast<std::uint32_t>(databases.size() + 1);
-    auto& made = gateway.MakeObject<MemoryDatabase>(number, pPreset->m_name, pPreset->m_targetType);
-    made.SetFeatures(pPreset->m_features);
-    return RefADatabase(&gateway, made.GetID());
-  }
-  KXString names;
-  const auto append = [&names](const KXString& existing) {
-    names.append(names.empty() ? L"" : L", ").append(existing);
-  };
-  for (const RefADatabase& database : databases) append(database->GetName());
-  for (const KXString& preset : FeaturePresets::GetNames()) append(preset);
-  Fail(L"there is no database " + name + L"; there are " + names);
-}
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Features and their properties
@@ -156,7 +132,7 @@ void CommandFeatures::Define(CLI::App& app) {
 int CommandFeatures::Run(CommandStreams& streams) {
   MemoryGateway gateway;
   if (m_model) ModelReader::ReadFile(*m_model, gateway);
-  const RefADatabase database = FindDatabase(Wide(m_database), gateway);
+  const RefADatabase database = FindTargetDatabase(Wide(m_database), gateway);
   std::string notes;
   for (const std::string& setting : m_settings) notes += Apply(setting, *database, gateway);
 

@@ -31,13 +31,26 @@ std::vector<RqExprCondMultiColumnIn*> FindRowIns(RqExprCond& root, Predicate pre
   return found;
 }
 
+/// Puts NOT (r NOT IN q) in the place of r IN q. A NOT that reaches it then meets the one here, which needs no rule.
+void NegateTwice(RqExprCondMultiColumnIn& rowIn) {
+  RqNode& parent = *rowIn.GetParent();
+  const int place = parent.FindChildIndex(&rowIn);
+  parent.ReleaseIthChild(place);
+  rowIn.Negate();
+  parent.SetIthChild(place, new RqExprCondNot(&rowIn));
+}
+
 }  // namespace
 
 void ExpandRowInsToNegate(RqExprCond& root) {
   RqHandleNode replaced;
   const auto isToNegate = [](bool bNegated, const RqExprCondMultiColumnIn&) { return bNegated; };
   for (RqExprCondMultiColumnIn* const pRowIn : FindRowIns(root, isToNegate)) {
-    pRowIn->Replace(pRowIn->Expand(), replaced);
+    if (RqExprCond* const pExpanded = pRowIn->Expand()) {
+      pRowIn->Replace(pExpanded, replaced);
+    } else {
+      NegateTwice(*pRowIn);
+    }
   }
 }
 

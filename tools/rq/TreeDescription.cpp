@@ -14,6 +14,10 @@
 #include <utility>
 
 #include "Host/KXAssert.h"
+#include "Query/Optimizer/Request/Aggregates/SQORRqExprAggrPlain.h"
+#include "Query/Optimizer/Request/Aggregates/SQORRqExprAggrRank.h"
+#include "Query/Optimizer/Request/Aggregates/SQORRqExprAggrReport.h"
+#include "Query/Optimizer/Request/Aggregates/SQORRqExprAggrWrapper.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqAbstractTable.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqAtomicTable.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqDerivedColumn.h"
@@ -81,6 +85,8 @@ template <>
 constexpr Words<4> kWords<HashTableHint>{"left", "right", "unknown", "none"};
 template <>
 constexpr Words<3> kWords<RqSortSpec::SortDirection>{"asc", "desc", "either"};
+template <>
+constexpr Words<3> kWords<RqExprAggrRowNum::NullsSortOrder>{"database", "first", "last"};
 template <>
 constexpr Words<3> kWords<RqSortSpec::NullSortDirection>{"first", "last", "no care"};
 template <>
@@ -405,6 +411,32 @@ constexpr std::tuple kAncestorFields{Field{"leaf", &RqExprIsAncestor::IsTypeOfIs
                                      Field{"negated", &RqExprIsAncestor::IsNegated},
                                      Field{"logicalTableSourceID", &RqExprIsAncestor::GetLTSVoidID}};
 
+constexpr std::tuple kAggrFields{Field{"distinct", &RqExprAggr::IsDistinctAggregation},
+                                 Field{"builtInExecutionOnly", &RqExprAggr::IsBuiltInExecutionOnly},
+                                 Field{"sql99Aggregation", &RqExprAggr::IsSQL99Aggregation},
+                                 Field{"computeBreakRedundant", &RqExprAggr::IsComputeBreakRedundant},
+                                 Field{"shareBase", &RqExprAggr::GetShareBase},
+                                 Field{"gtDegenDims", &RqExprAggr::GetGTDegenDims},
+                                 Field{"noAggrsInAggregateBy", &RqExprAggr::IsNoAggrsInAggregateBy},
+                                 Field{"mashupsPinnedExpr", &RqExprAggr::IsMashupsPinnedExpr},
+                                 Field{"measurePredicateTransform", &RqExprAggr::IsMeasurePredicateTransform},
+                                 Field{"overrideAsScalar", &RqExprAggr::IsOverrideAsScalar},
+                                 Field{"rewrittenDistinct", &RqExprAggr::IsRewrittenDistinct}};
+
+constexpr std::tuple kSortDependentFields{Field{"sortOrder",
+                                                [](const RqExprSortDependentAggr& aggr) {
+                                                  SortDirectonVector directions;
+                                                  Int32Vector order;
+                                                  aggr.GetSortSpec(directions, order);
+                                                  return order;
+                                                }},
+                                          Field{"sortDirections", [](const RqExprSortDependentAggr& aggr) {
+                                                  SortDirectonVector directions;
+                                                  Int32Vector order;
+                                                  aggr.GetSortSpec(directions, order);
+                                                  return directions;
+                                                }}};
+
 constexpr std::tuple kLiteralFields{Field{"descriptorIDOFValue", &RqExprLiteral::IsDescriptorIDOFValue}};
 
 // Blocks
@@ -635,6 +667,47 @@ template <OneOf<RqExprCondAnyLessThan, RqExprCondAnyLessEqual, RqExprCondAnyGrea
               Node>
 constexpr auto kForm<Node> = NoFields("searchExpr subquery");
 RQ_FORM(RqExprCondExists) = NoFields("subquery");
+
+// Aggregates
+
+template <OneOf<RqExprAggrSum, RqExprAggrCount, RqExprAggrCountStar, RqExprAggrAvg, RqExprAggrMedian, RqExprAggrMin,
+                RqExprAggrListAgg, RqExprAggrNullAgg, RqExprAggrNullIfNotUnique, RqExprAggrSubtotal, RqExprAggrReport,
+                RqExprAggrReportSum, RqExprAggrReportMin, RqExprAggrReportMax, RqExprAggrReportCount,
+                RqExprAggrReportAvg, RqExprAggrPercentile, RqExprAggrRunningSum, RqExprAggrRunningCount,
+                RqExprAggrRunningMax, RqExprAggrRunningMin>
+              Node>
+constexpr auto kForm<Node> = NoFields("aggrExpr controlBreak computeBreak");
+RQ_FORM(RqExprAggrStddev) = WithFields("aggrExpr controlBreak computeBreak",
+                                       Field{"sample", &RqExprAggrStddev::IsSample});
+RQ_FORM(RqExprAggrMax) = WithFields("aggrExpr controlBreak computeBreak",
+                                    Field{"forSubtotallingOnly", &RqExprAggrMax::IsForSubtotallingOnly},
+                                    Field{"isLeafDimID", &RqExprAggrMax::GetIsLeafDimID});
+RQ_FORM(RqExprAggrFirst) = WithFields("aggrExpr controlBreak computeBreak",
+                                      Field{"firstPeriod", &RqExprAggrFirst::IsFirstPeriod});
+RQ_FORM(RqExprAggrLast) = WithFields("aggrExpr controlBreak computeBreak",
+                                     Field{"lastPeriod", &RqExprAggrLast::IsLastPeriod});
+RQ_FORM(RqExprAggrRank) = WithFields("aggrExpr controlBreak computeBreak",
+                                     Field{"sortDirections", &RqExprAggrRank::GetSortDirections},
+                                     Field{"dense", &RqExprAggrRank::IsDenseRank},
+                                     Field{"createdForTopOrBottomN", &RqExprAggrRank::IsCreatedForTopOrBottomN});
+RQ_FORM(RqExprAggrRowNum) = WithFields("aggrExpr controlBreak computeBreak",
+                                       Field{"sortDirections", &RqExprAggrRowNum::GetSortDirections},
+                                       Field{"nulls", &RqExprAggrRowNum::GetNullsSortOrder});
+RQ_FORM(RqExprAggrNtile) = NoFields("aggrExpr controlBreak computeBreak tiles");
+template <OneOf<RqExprAggrTopN, RqExprAggrBottomN> Node>
+constexpr auto kForm<Node> = NoFields("aggrExpr controlBreak computeBreak n");
+template <OneOf<RqExprAggrMovingAvg, RqExprAggrMovingSum> Node>
+constexpr auto kForm<Node> = NoFields("aggrExpr controlBreak computeBreak windowSize");
+RQ_FORM(RqExprAggrIf) = WithFields("firstArg controlBreak computeBreak filterExpr",
+                                   Field{"forSecurityFilter", &RqExprAggrIf::IsForSecurityFilter});
+RQ_FORM(RqExprNoAggregate) = NoFields("firstArg controlBreak computeBreak");
+RQ_FORM(RqExprMashupsNoAggregate) = WithFields("firstArg controlBreak computeBreak",
+                                               Field{"dimensionBasedAggrCount",
+                                                     &RqExprMashupsNoAggregate::GetDimensionBasedAggrCount},
+                                               Field{"splitInnerAggrForDimensionBasedAggr",
+                                                     &RqExprMashupsNoAggregate::IsSplitInnerAggrForDimensionBasedAggr});
+RQ_FORM(RqExprVariableReplace) = NoFields("firstArg controlBreak computeBreak (variable value)");
+RQ_FORM(RqExprQualify) = NoFields("firstArg controlBreak computeBreak (memberReferences)");
 
 // Subqueries
 
@@ -894,6 +967,8 @@ class Describer {
     putOfBase(std::type_identity<RqExprIsAncestor>(), kAncestorFields);
     PutFields(node, kForm<Node>.m_fields, bTrees);
     putOfBase(std::type_identity<RqAbstractList>(), kListFields);
+    putOfBase(std::type_identity<RqExprSortDependentAggr>(), kSortDependentFields);
+    putOfBase(std::type_identity<RqExprAggr>(), kAggrFields);
     putOfBase(std::type_identity<RqExprLiteral>(), kLiteralFields);
   }
 

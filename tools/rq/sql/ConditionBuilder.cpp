@@ -89,7 +89,7 @@ OwnedRqExprPtr ConditionBuilder::BuildExpr(SqlNode node) {
       {"A_Indirection", nullptr, "taking a part of a value"},
       {"BooleanTest", nullptr, "a test for TRUE, FALSE or UNKNOWN"},
       {"CollateClause", nullptr, "COLLATE"},
-      {"GroupingFunc", nullptr, "GROUPING"},
+      {"GroupingFunc", &ConditionBuilder::BuildGroupingId, nullptr},
       {"MinMaxExpr", nullptr, "GREATEST or LEAST"},
       {"NamedArgExpr", nullptr, "a named argument"},
       {"RowExpr", nullptr, "a row of values outside IN"},

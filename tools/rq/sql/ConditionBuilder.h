@@ -9,6 +9,7 @@
 
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprColumnList.h"
+#include "rq/sql/BlockAggregates.h"
 #include "rq/sql/SqlParser.h"
 #include "rq/sql/SqlScope.h"
 
@@ -32,6 +33,7 @@ struct ScalarFunction;
 ///   operators       + - * / % ^ || and the minus of one operand
 ///   functions       those of ScalarFunctions.h, also in the special forms that the standard and the text form have for
 ///                   them; COALESCE and NULLIF; USER and CURRENT_USER
+///   aggregates      those of AggregateBuilder.h, in a query
 ///   CASE            with a key: a lookup; without one: conditions
 ///   casts           CAST(a AS type) and a::type, to the types that have a text
 ///   rows            (a, b) IN ((1, 2), ...)
@@ -58,6 +60,7 @@ struct SqlContext {
   /// What columns and subqueries stand for. Null where no tables are known: then a column is a name, and there are no
   /// subqueries.
   SqlScope* m_pScope = nullptr;
+  AggregateRules m_aggregates{};
 };
 
 /// The same in a context, which is lent.
@@ -112,6 +115,7 @@ class ConditionBuilder {
   // The functions.
   OwnedRqExprPtr BuildScalar(const ScalarFunction& function, SqlNode node);
   OwnedRqExprPtr BuildSessionVariable(SqlNode node);
+  OwnedRqExprPtr BuildGroupingId(SqlNode node);
 
   // The types of literals.
   OwnedRqExprPtr BuildTypedLiteral(SqlNode node);

@@ -6,6 +6,7 @@
 #include "Host/MetadataUtil.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprCase.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprSessionVar.h"
+#include "rq/sql/AggregateBuilder.h"
 #include "rq/sql/CastType.h"
 #include "rq/sql/ScalarFunctions.h"
 #include "rq/sql/SqlLexer.h"
@@ -46,10 +47,12 @@ SqlWord ReadWord(SqlNode argument) {
 
 OwnedRqExprPtr ConditionBuilder::BuildFunction(SqlNode node) {
   static constexpr Construct kFunctions[] = {
+      {"grouping_id", &ConditionBuilder::BuildGroupingId, nullptr},
       {"valueof", &ConditionBuilder::BuildSessionVariable, nullptr},
   };
   const std::string name = WithoutCatalogue(TextsOf(node.Get("funcname")));
   if (const Construct* const pFunction = FindByName(kFunctions, name)) return BuildBy(pFunction, node);
+  if (AggregateBuilder::IsAggregate(name)) return AggregateBuilder(m_text, m_context, name, node).Build();
   if (const ScalarFunction* const pFunction = FindScalarFunction(name)) return BuildScalar(*pFunction, node);
   throw SqlError(node.GetLocation(), "the function " + ForMessage(name, kMaxQuotedCharacters) +
                                          " is not supported; rq normalize --help lists those that are");
@@ -85,6 +88,19 @@ OwnedRqExprPtr ConditionBuilder::BuildSessionVariable(SqlNode node) {
     }
   }
   throw SqlError(node.GetLocation(), "VALUEOF takes the block and the name of a variable: VALUEOF(\"block\".\"name\")");
+}
+
+OwnedRqExprPtr ConditionBuilder::BuildGroupingId(SqlNode node) {
+  const AggregateRules& rules = m_context.m_aggregates;
+  if (!rules.m_pBlock) throw SqlError(node.GetLocation(), "GROUPING stands in a query with groups");
+  if (!rules.m_bOfGroup) throw SqlError(node.GetLocation(), "GROUPING cannot stand in " + std::string(rules.m_place));
+  OwnedRqExprVector columns;
+  for (const SqlNode column : node.Get("args").GetElements()) columns.push_back(BuildValue(column).Release());
+  RqExprVector taken;
+  taken.swap(columns);
+  Heap<RqExprGroupingId> groupingId(new RqExprGroupingId(new RqExprColumnListOrdered(taken)));
+  rules.m_pBlock->NoteGroupingId(groupingId.Get(), node);
+  return groupingId;
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

@@ -124,7 +124,7 @@ void FromBuilder::BuildOn(SqlNode node, JoinTree& join, std::size_t begin) {
   const SqlNode condition = node.Get("quals");
   if (condition.IsNone() || IsTrue(condition)) return;
   m_scope.Show(begin, join.m_columns);
-  join.m_cond = m_builder.BuildCondition(condition, m_scope);
+  join.m_cond = m_builder.BuildCondition(condition, m_scope, QueryBuilder::kOn);
 }
 
 void FromBuilder::BuildUsing(SqlNode node, JoinTree& join, const std::vector<std::string>& names) {

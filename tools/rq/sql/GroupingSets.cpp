@@ -1,7 +1,9 @@
 #include "rq/sql/GroupingSets.h"
 
 #include "Host/KXThread.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqAbstractList.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqDerivedColumn.h"
+#include "Query/Optimizer/Request/Conditions/SQORRqExprSubquery.h"
 #include "rq/sql/SqlNodeUtil.h"
 #include "rq/sql/SqlText.h"
 
@@ -36,16 +38,48 @@ int TableNumberOf(const RqNode& node) {
   return static_cast<const RqDerivedColumnReference&>(node).GetSourceTableNumber();
 }
 
-bool HasUngroupedColumn(const RqNode& node, const RqGroupBy* pGroupBy, const std::set<int>& tables) {
-  KXThread::LowStackCheck(0);
-  if (IsGrouped(node, pGroupBy)) return false;
-  if (tables.contains(TableNumberOf(node))) return true;
-  for (int i = 0; i < node.GetNumChildren(); ++i) {
-    const RqNode* const pChild = node.GetIthChild(i);
-    if (pChild && HasUngroupedColumn(*pChild, pGroupBy, tables)) return true;
+/// Looks for columns that have no one value in a group.
+class UngroupedColumns {
+ public:
+  UngroupedColumns(const RqGroupBy* pGroupBy, const std::set<int>& tables, const BlockAggregates& aggregates)
+      : m_pGroupBy(pGroupBy), m_tables(tables), m_aggregates(aggregates) {}
+
+  bool AreIn(const RqNode* pNode) {
+    KXThread::LowStackCheck(0);
+    if (!pNode || IsGrouped(*pNode, m_pGroupBy)) return false;
+    // Its columns are those of another reader of the same list, wherever that stands.
+    if (pNode->GetObjectType() == kRqSharedList) return false;
+    if (m_tables.contains(TableNumberOf(*pNode))) return true;
+    if (AreInChildren(*pNode)) return true;
+    if (pNode->GetObjectType() != kRqExprPhysicalSubquery) return false;
+    ++m_subqueryDepth;
+    const bool bFound = AreIn(static_cast<const RqExprPhysicalSubquery*>(pNode)->GetSubqueryRqAbstractList());
+    --m_subqueryDepth;
+    return bFound;
   }
-  return false;
-}
+
+ private:
+  bool AreInChildren(const RqNode& node) {
+    int begin = 0;
+    int end = node.GetNumChildren();
+    const auto* const pAggr = dynamic_cast<const RqExprAggr*>(&node);
+    // To an aggregate of a subquery a column of this block is one value.
+    if (pAggr && m_subqueryDepth == 0 && !m_aggregates.IsOverBlock(pAggr)) {
+      const bool bIsFilter = pAggr->GetObjectType() == kRqExprAggrIf;
+      begin = bIsFilter ? RqExprAggr::kAggrExpr : RqExprAggr::kControlBreak;
+      if (bIsFilter) end = begin + 1;
+    }
+    for (int i = begin; i < end; ++i) {
+      if (AreIn(node.GetIthChild(i))) return true;
+    }
+    return false;
+  }
+
+  const RqGroupBy* m_pGroupBy;
+  const std::set<int>& m_tables;
+  const BlockAggregates& m_aggregates;
+  int m_subqueryDepth = 0;
+};
 
 }  // namespace
 
@@ -103,7 +137,8 @@ std::vector<GroupingSets::Set> GroupingSets::Expand(SqlNode item) {
   return sets;
 }
 
-void RequireGrouped(const RqExpr& expr, const RqGroupBy* pGroupBy, const std::set<int>& tables, SqlNode node) {
-  if (!HasUngroupedColumn(expr, pGroupBy, tables)) return;
+void RequireGrouped(const RqExpr& expr, const RqGroupBy* pGroupBy, const std::set<int>& tables,
+                    const BlockAggregates& aggregates, SqlNode node) {
+  if (!UngroupedColumns(pGroupBy, tables, aggregates).AreIn(&expr)) return;
   throw SqlError(PlaceOfNode(node), "this has a column that is not grouped by, and so no one value in a group");
 }

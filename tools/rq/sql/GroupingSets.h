@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Query/Optimizer/Request/Blocks/SQORRqGroupBy.h"
+#include "rq/sql/BlockAggregates.h"
 #include "rq/sql/SqlTree.h"
 
 /// The grouping sets that a GROUP BY clause says: each a set of columns, which a function numbers as they appear.
@@ -32,7 +33,8 @@ class GroupingSets {
   bool m_bPlain = true;
 };
 
-/// Raises SqlError at the node if the expression names, outside of what is grouped by, a column of one of the tables
-/// with those numbers: it has no one value in a group. Without pGroupBy all rows are one group. Attributes pass, since
-/// the business model says how they are aggregated.
-void RequireGrouped(const RqExpr& expr, const RqGroupBy* pGroupBy, const std::set<int>& tables, SqlNode node);
+/// Raises SqlError at the node if the expression names, outside of what is grouped by and of aggregates over the rows
+/// of the tables, a column of one of the tables with those numbers: it has no one value in a group. Without pGroupBy
+/// all rows are one group. Attributes pass, since the business model says how they are aggregated.
+void RequireGrouped(const RqExpr& expr, const RqGroupBy* pGroupBy, const std::set<int>& tables,
+                    const BlockAggregates& aggregates, SqlNode node);

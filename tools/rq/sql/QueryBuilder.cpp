@@ -18,6 +18,7 @@
 #include "rq/sql/FromBuilder.h"
 #include "rq/sql/GroupingSets.h"
 #include "rq/sql/SqlNodeUtil.h"
+#include "rq/sql/SqlSort.h"
 #include "rq/sql/SqlText.h"
 
 namespace {
@@ -38,7 +39,6 @@ void RefuseUnsupportedClauses(SqlNode select) {
       {"intoClause", "INTO"},
       {"lockingClause", "a locking clause"},
       {"valuesLists", "VALUES"},
-      {"windowClause", "WINDOW"},
   };
   for (const auto& [clause, name] : kClauses) {
     const SqlNode node = select.Get(clause);
@@ -92,38 +92,55 @@ int CheckPosition(std::int64_t position, std::size_t numColumns, SqlNode node) {
   return static_cast<int>(position) - 1;
 }
 
-RqSortSpec::SortDirection DirectionOf(SqlNode sortBy) {
-  const std::string_view direction = sortBy.Get("sortby_dir").GetText();
-  if (direction == "SORTBY_USING") RaiseUnsupported(sortBy, "an operator to sort by");
-  return direction == "SORTBY_DESC" ? RqSortSpec::kDesc : RqSortSpec::kAsc;
-}
-
-RqSortSpec::NullSortDirection NullDirectionOf(SqlNode sortBy) {
-  const std::string_view nulls = sortBy.Get("sortby_nulls").GetText();
-  if (nulls == "SORTBY_NULLS_FIRST") return RqSortSpec::kFirst;
-  return nulls == "SORTBY_NULLS_LAST" ? RqSortSpec::kLast : RqSortSpec::kNoCare;
-}
-
 /// Grouping by a constant would be grouping by nothing, which has a group where there are no rows.
 void RequireGroupable(RqExpr& expr, SqlNode node) {
   if (expr.IsConstant()) throw SqlError(PlaceOfNode(node), "a constant makes no groups");
-  std::list<RqNode*> subqueries;
-  FindNodes(&expr, RqNode::IsObjectType({kRqExprPhysicalSubquery}), subqueries, false);
-  if (!subqueries.empty()) RaiseUnsupported(node, "a subquery in GROUP BY");
+  if (FoundNodes(&expr, RqNode::IsObjectType(kRqExprPhysicalSubquery)))
+    RaiseUnsupported(node, "a subquery in GROUP BY");
+  if (FoundNodes(&expr, RqNode::IsAggrNode()))
+    throw SqlError(PlaceOfNode(node), "an aggregate cannot stand in GROUP BY");
 }
 
-/// Expressions are built in a scope while this stands.
+/// What aggregates may be in a clause.
+AggregateRules RulesOf(QueryBuilder::Clause clause, QueryScope& scope) {
+  BlockAggregates* const pBlock = &scope.GetAggregates();
+  switch (clause) {
+    case QueryBuilder::kOn:
+      return {pBlock, "ON", false, false};
+    case QueryBuilder::kWhere:
+      return {pBlock, "WHERE", false, false};
+    case QueryBuilder::kGroupBy:
+      return {pBlock, "GROUP BY", false, false};
+    case QueryBuilder::kHaving:
+      return {pBlock, "HAVING", true, false};
+    case QueryBuilder::kSelect:
+      return {pBlock, "the select list", true, true};
+    case QueryBuilder::kOrderBy:
+      return {pBlock, "ORDER BY", true, true};
+    case QueryBuilder::kOrderBySetOperator:
+      return {pBlock, "the ORDER BY of a set operation", false, false};
+  }
+  return {};
+}
+
+/// Expressions are built in a clause of a block while this stands.
 class ScopeChange {
  public:
-  ScopeChange(SqlContext& context, QueryScope& scope)
-      : m_context(context), m_pBefore(std::exchange(context.m_pScope, &scope)) {}
+  ScopeChange(SqlContext& context, QueryScope& scope, QueryBuilder::Clause clause)
+      : m_context(context),
+        m_pBefore(std::exchange(context.m_pScope, &scope)),
+        m_rulesBefore(std::exchange(context.m_aggregates, RulesOf(clause, scope))) {}
   ScopeChange(const ScopeChange&) = delete;
   ScopeChange& operator=(const ScopeChange&) = delete;
-  ~ScopeChange() { m_context.m_pScope = m_pBefore; }
+  ~ScopeChange() {
+    m_context.m_pScope = m_pBefore;
+    m_context.m_aggregates = m_rulesBefore;
+  }
 
  private:
   SqlContext& m_context;
   SqlScope* m_pBefore;
+  AggregateRules m_rulesBefore;
 };
 
 std::vector<std::string> AliasColumnsOf(SqlNode node) {
@@ -140,13 +157,13 @@ QueryBuilder::QueryBuilder(std::string_view text, MemoryGateway& gateway, const 
   m_context.m_pSession = &gateway;
 }
 
-OwnedRqExprPtr QueryBuilder::BuildValue(SqlNode node, QueryScope& scope) {
-  const ScopeChange change(m_context, scope);
+OwnedRqExprPtr QueryBuilder::BuildValue(SqlNode node, QueryScope& scope, Clause clause) {
+  const ScopeChange change(m_context, scope, clause);
   return ConditionBuilder(m_text, m_context).BuildValue(node);
 }
 
-OwnedRqExprCondPtr QueryBuilder::BuildCondition(SqlNode node, QueryScope& scope) {
-  const ScopeChange change(m_context, scope);
+OwnedRqExprCondPtr QueryBuilder::BuildCondition(SqlNode node, QueryScope& scope, Clause clause) {
+  const ScopeChange change(m_context, scope, clause);
   return ConditionBuilder(m_text, m_context).BuildCondition(node);
 }
 
@@ -171,25 +188,44 @@ BuiltList QueryBuilder::BuildBlock(SqlNode select, QueryScope* pOuter) {
   if (Heap<RqJoinSpec> joinSpec = from.Build(select)) list->SetJoinSpec(joinSpec.Release());
   if (OwnedRqExprCondPtr residual = from.ReleaseResidual()) list->ConcatenateToDetailFilter(residual.Release());
   if (const SqlNode where = select.Get("whereClause"); !where.IsNone()) {
-    list->ConcatenateToDetailFilter(BuildCondition(where, scope).Release());
+    list->ConcatenateToDetailFilter(BuildCondition(where, scope, kWhere).Release());
   }
-  const std::vector<SqlNode> places = BuildSelectList(select, scope, *list, built.m_names);
+  BlockAggregates& aggregates = scope.GetAggregates();
+  aggregates.SetWindowClause(select.Get("windowClause"));
+  std::vector<SqlNode> places = BuildSelectList(select, scope, *list, built.m_names);
   BuildGroupBy(select, scope, *list, built.m_names);
   if (const SqlNode having = select.Get("havingClause"); !having.IsNone()) {
-    list->SetHaving(new RqHaving(BuildCondition(having, scope).Release()));
-    RequireGrouped(*list->GetHaving()->GetCond(), list->GetGroupBy(), scope.GetNumbers(), having);
-  }
-  for (std::size_t i = 0; IsGrouped(select) && i < places.size(); ++i) {
-    const RqExpr& expr = *list->GetProjection()->GetIthColumn(static_cast<int>(i))->GetExpr();
-    RequireGrouped(expr, list->GetGroupBy(), scope.GetNumbers(), places[i]);
+    list->SetHaving(new RqHaving(BuildCondition(having, scope, kHaving).Release()));
   }
   list->SetDistinct(!select.Get("distinctClause").GetElements().empty());
-  BuildOrderBy(select, scope, *list, built.m_names);
+  aggregates.PutOrders(*list, built.m_names.size(), places);
+  BuildOrderBy(select, scope, *list, built.m_names, places);
+  aggregates.PutOrderOfQuery(*list);
+  CheckGroups(select, scope, *list, places);
   SetLimits(select, *list);
-  if (m_pObserver) m_pObserver->OnBlock(*list);
+  if (m_pObserver) {
+    m_pObserver->OnScope(scope);
+    m_pObserver->OnBlock(*list);
+  }
   CompileJoins(*list);
   built.m_list = Heap<RqAbstractList>(list.Release());
   return built;
+}
+
+/// What stands where there is one row for a group must have one value in it.
+void QueryBuilder::CheckGroups(SqlNode select, QueryScope& scope, const RqList& list,
+                               const std::vector<SqlNode>& places) {
+  const BlockAggregates& aggregates = scope.GetAggregates();
+  aggregates.CheckGroupingIds(list.GetGroupBy());
+  if (!IsGrouped(select) && aggregates.GetNumOfGroup() == 0) return;
+  const std::set<int> tables = scope.GetNumbers();
+  if (const RqHaving* const pHaving = list.GetHaving()) {
+    RequireGrouped(*pHaving->GetCond(), list.GetGroupBy(), tables, aggregates, select.Get("havingClause"));
+  }
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    const RqExpr& expr = *list.GetProjection()->GetIthColumn(static_cast<int>(i))->GetExpr();
+    RequireGrouped(expr, list.GetGroupBy(), tables, aggregates, places[i]);
+  }
 }
 
 void QueryBuilder::CompileJoins(RqList& list) {
@@ -266,7 +302,8 @@ BuiltList QueryBuilder::OrderSetOperator(SqlNode select, BuiltList built) {
   QueryScope scope(*this, nullptr);
   BuiltList ordered{Heap<RqAbstractList>(), built.m_names};
   Heap<RqList> list = Enclose(std::move(built), select, scope);
-  BuildOrderBy(select, scope, *list, ordered.m_names);
+  std::vector<SqlNode> places;
+  BuildOrderBy(select, scope, *list, ordered.m_names, places);
   ordered.m_list = Heap<RqAbstractList>(list.Release());
   return ordered;
 }
@@ -306,7 +343,7 @@ std::vector<SqlNode> QueryBuilder::BuildSelectList(SqlNode select, QueryScope& s
     }
     places.push_back(value);
     list.GetProjection()->AddColumn(
-        new RqDerivedColumn(BuildValue(value, scope).Release(), RqDerivedColumn::kUnknownColumnNum));
+        new RqDerivedColumn(BuildValue(value, scope, kSelect).Release(), RqDerivedColumn::kUnknownColumnNum));
     std::string name(target.Get("name").GetText());
     if (name.empty() && value.GetKind() == "ColumnRef") {
       name = ConditionBuilder(m_text, m_context).ReadNames(value).back();
@@ -354,7 +391,7 @@ OwnedRqExprPtr QueryBuilder::BuildGroupingColumn(SqlNode node, QueryScope& scope
   if (!bIsColumn) {
     if (const std::optional<int> output = FindOutput(names, name, node)) return copyOutput(*output);
   }
-  return BuildValue(node, scope);
+  return BuildValue(node, scope, kGroupBy);
 }
 
 void QueryBuilder::BuildGroupBy(SqlNode select, QueryScope& scope, RqList& list,
@@ -401,11 +438,13 @@ void QueryBuilder::BuildGroupBy(SqlNode select, QueryScope& scope, RqList& list,
   list.SetGroupBy(groupBy.Release());
 }
 
-void QueryBuilder::BuildOrderBy(SqlNode select, QueryScope& scope, RqList& list,
-                                const std::vector<std::string>& names) {
+/// Places gets those of hidden columns.
+void QueryBuilder::BuildOrderBy(SqlNode select, QueryScope& scope, RqList& list, const std::vector<std::string>& names,
+                                std::vector<SqlNode>& places) {
   const SqlNode sortClause = select.Get("sortClause");
   if (sortClause.IsNone()) return;
   Heap<RqOrderBy> orderBy(new RqOrderBy);
+  const Clause clause = IsSetOperator(select) ? kOrderBySetOperator : kOrderBy;
   RqProjection& projection = *list.GetProjection();
   for (const SqlNode sortBy : sortClause.GetElements()) {
     const SqlNode node = sortBy.Get("node");
@@ -416,16 +455,16 @@ void QueryBuilder::BuildOrderBy(SqlNode select, QueryScope& scope, RqList& list,
     } else if (const std::optional<int> output = FindOutput(names, BareName(node), node)) {
       pColumn = projection.GetIthColumn(*output);
     } else {
-      OwnedRqExprPtr value = BuildValue(node, scope);
-      if (IsGrouped(select)) RequireGrouped(*value, list.GetGroupBy(), scope.GetNumbers(), node);
-      pColumn = projection.InsertDonatedColumnExpr(value.Release());
+      OwnedRqExprPtr value = BuildValue(node, scope, clause);
+      scope.GetAggregates().PutOrders(list, names.size(), places);
+      pColumn = scope.GetAggregates().InsertColumn(projection, std::move(value), places, node);
       bHidden = projection.FindColumnIndex(pColumn) >= static_cast<int>(names.size());
       if (bHidden && list.IsDistinct()) {
         throw SqlError(PlaceOfNode(node), "a query with DISTINCT is sorted by what it selects");
       }
     }
-    const Heap<RqSortSpec> spec(new RqSortSpec(pColumn->GetColumnNum(), DirectionOf(sortBy), bHidden,
-                                               pColumn->GetExpr()->IsConstant(), NullDirectionOf(sortBy)));
+    const Heap<RqSortSpec> spec(new RqSortSpec(pColumn->GetColumnNum(), SortDirectionOf(sortBy), bHidden,
+                                               pColumn->GetExpr()->IsConstant(), NullSortDirectionOf(sortBy)));
     orderBy->AddSortSpec(*spec);
   }
   list.SetOrderBy(orderBy.Release());

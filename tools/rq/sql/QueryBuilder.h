@@ -25,6 +25,8 @@ class QueryObserver {
   virtual ~QueryObserver() = default;
   /// A block with all its clauses, innermost blocks first, while its joins still stand as links alone. Lent.
   virtual void OnBlock(RqList& list) = 0;
+  /// The names of the same block, before OnBlock. Lent.
+  virtual void OnScope(QueryScope&) {}
 };
 
 /// Builds the request tree of a query as a navigator leaves it for the optimizer: blocks with their clauses, tables as
@@ -39,6 +41,7 @@ class QueryObserver {
 ///                   reader has the block and the others share it
 ///   grouping        columns, positions and aliases; ROLLUP, CUBE and GROUPING SETS as the sets that they say
 ///   order           names, positions and expressions; one that is not selected becomes a hidden column
+///   aggregates      in the select list, HAVING and ORDER BY; windows, named ones too, in the select list and ORDER BY
 ///   set operators   of one kind in a row as one node
 ///   subqueries      as a value, in IN, EXISTS, ANY and ALL, with columns of the queries around them
 ///
@@ -49,6 +52,9 @@ class QueryBuilder {
   QueryBuilder(std::string_view text, MemoryGateway& gateway, const RepositoryNames& names,
                QueryObserver* pObserver = nullptr);
 
+  /// Where in a block an expression stands.
+  enum Clause { kOn, kWhere, kGroupBy, kHaving, kSelect, kOrderBy, kOrderBySetOperator };
+
   BuiltList Build(SqlNode select) { return BuildList(select, nullptr); }
 
   // For the parts of the builder.
@@ -58,7 +64,7 @@ class QueryBuilder {
   Heap<RqExprSubquery> BuildSubquery(SqlNode select, QueryScope& outer, std::size_t nColumns);
   /// A table of a FROM clause, which the scope then knows.
   Heap<RqAbstractTable> BuildTable(SqlNode node, QueryScope& scope, QueryScope* pOuter);
-  OwnedRqExprCondPtr BuildCondition(SqlNode node, QueryScope& scope);
+  OwnedRqExprCondPtr BuildCondition(SqlNode node, QueryScope& scope, Clause clause);
 
  private:
   /// A common table expression: its query, and once it has been read the block that its first reader has.
@@ -89,7 +95,9 @@ class QueryBuilder {
   void BuildGroupBy(SqlNode select, QueryScope& scope, RqList& list, const std::vector<std::string>& names);
   OwnedRqExprPtr BuildGroupingColumn(SqlNode node, QueryScope& scope, const RqList& list,
                                      const std::vector<std::string>& names);
-  void BuildOrderBy(SqlNode select, QueryScope& scope, RqList& list, const std::vector<std::string>& names);
+  void BuildOrderBy(SqlNode select, QueryScope& scope, RqList& list, const std::vector<std::string>& names,
+                    std::vector<SqlNode>& places);
+  static void CheckGroups(SqlNode select, QueryScope& scope, const RqList& list, const std::vector<SqlNode>& places);
   Heap<RqList> Enclose(BuiltList built, SqlNode select, QueryScope& scope);
   BuiltList WithoutHiddenColumns(SqlNode select, BuiltList built);
   BuiltList OrderSetOperator(SqlNode select, BuiltList built);
@@ -103,7 +111,7 @@ class QueryBuilder {
   Heap<RqAbstractTable> BuildCommonExprTable(const CommonPlace& place, SqlNode node, QueryScope& scope);
   Heap<RqAbstractTable> MakeDerivedTable(BuiltList built, SqlNode node, const std::string& alias, QueryScope& scope);
 
-  OwnedRqExprPtr BuildValue(SqlNode node, QueryScope& scope);
+  OwnedRqExprPtr BuildValue(SqlNode node, QueryScope& scope, Clause clause);
 
   std::string_view m_text;
   MemoryGateway& m_gateway;

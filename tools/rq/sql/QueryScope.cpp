@@ -179,7 +179,10 @@ OwnedRqExprPtr QueryScope::MakeColumn(const std::vector<std::string>& names, Sql
   for (const QueryScope* pScope = this; pScope; pScope = pScope->m_pOuter) {
     std::vector<SourceColumn> values = pScope->FindColumn(names, node, bTableFound);
     for (const SourceColumn& value : values) RequireReachable(*pScope, value, node);
-    if (!values.empty()) return pScope->MakeColumn({names.back(), std::move(values)});
+    if (!values.empty()) {
+      ++pScope->m_numUses;
+      return pScope->MakeColumn({names.back(), std::move(values)});
+    }
     if (bTableFound) break;
   }
   RaiseNoColumn(names, node, bTableFound);
@@ -216,6 +219,12 @@ void QueryScope::RaiseNoColumn(const std::vector<std::string>& names, SqlNode no
   throw SqlError(PlaceOfNode(node), what + ForMessage(sought, kMaxQuotedCharacters) +
                                         (bNoTable ? " in this FROM" : "") +
                                         DidYouMean(ToText(sought), candidates).ToUTF8());
+}
+
+SqlScope::ColumnUses QueryScope::GetColumnUses() const {
+  ColumnUses uses{.m_own = m_numUses};
+  for (const QueryScope* pScope = m_pOuter; pScope; pScope = pScope->m_pOuter) uses.m_outer += pScope->m_numUses;
+  return uses;
 }
 
 Heap<RqExprSubquery> QueryScope::MakeSubquery(SqlNode select, std::size_t nColumns) {

@@ -9,6 +9,7 @@
 #include "HostMemory/MemoryGateway.h"
 #include "HostMemory/RepositoryNames.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqProjection.h"
+#include "rq/sql/BlockAggregates.h"
 #include "rq/sql/SqlScope.h"
 
 class QueryBuilder;
@@ -74,6 +75,9 @@ class QueryScope final : public SqlScope {
 
   OwnedRqExprPtr MakeColumn(const std::vector<std::string>& names, SqlNode node) override;
   Heap<RqExprSubquery> MakeSubquery(SqlNode select, std::size_t nColumns) override;
+  ColumnUses GetColumnUses() const override;
+
+  BlockAggregates& GetAggregates() { return m_aggregates; }
 
   /// The node is the place of an error. Raises SqlError for a name that another table has, and for a logical table that
   /// stands there already: attributes name their table alone, so the two could not be told apart.
@@ -103,4 +107,6 @@ class QueryScope final : public SqlScope {
   std::vector<TableSource> m_sources;
   NamedColumns m_columns;
   std::size_t m_firstVisible = 0;
+  mutable std::size_t m_numUses = 0;  ///< Of columns of the tables here.
+  BlockAggregates m_aggregates;
 };

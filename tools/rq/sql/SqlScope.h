@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -16,4 +17,11 @@ class SqlScope {
   virtual OwnedRqExprPtr MakeColumn(const std::vector<std::string>& names, SqlNode node) = 0;
   /// The subquery that a SELECT says, with nColumns columns; any number of them for 0. Raises SqlError.
   virtual Heap<RqExprSubquery> MakeSubquery(SqlNode select, std::size_t nColumns) = 0;
+
+  /// How many columns have been made so far, of the tables here and of those of the queries around.
+  struct ColumnUses {
+    std::size_t m_own = 0;
+    std::size_t m_outer = 0;
+  };
+  virtual ColumnUses GetColumnUses() const = 0;
 };

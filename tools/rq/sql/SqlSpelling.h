@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,7 +15,12 @@ inline constexpr std::string_view kLeadingTokensFunction = "#tokens";
 ///   user()                                                      user
 ///   fiscal_extract(field from x fiscal_year_start month, day)   fiscal_extract(field, x, month, day)
 ///   substring(x extract first n token(s) delimited by d)        "#tokens"(x, n, d)
+///   sum(x by a), and all other aggregates                       sum(x ,  a)
+///   count(* by a)                                               count(1 ,  a)
 ///
 /// Raises SqlError at the SIMILAR of a SUBSTRING, which the parser's tree does not tell from FROM.
 /// Cost: one pass over the text.
 std::string RespellSql(std::string_view text);
+
+/// The place of the BY that ends what a call aggregates; none if there is none. The call is the place of the function.
+std::optional<std::size_t> FindBreakWord(std::string_view text, std::size_t call);

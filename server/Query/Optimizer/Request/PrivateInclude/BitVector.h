@@ -1,9 +1,12 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <bit>
+#include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <utility>
 
 #include "Host/MemAlloc.h"
@@ -12,7 +15,7 @@
 ///
 /// Operations on two vectors expect one length. Where the right one is shorter they leave the rest of the left one
 /// alone; where it is longer they do not look at the rest of it.
-/// Invariant: the bits of the last word beyond the length are clear.
+/// Invariant: all bits beyond the length, up to the end of the last word there is room for, are clear.
 class BitVector {
  public:
   BitVector() noexcept = default;
@@ -22,9 +25,11 @@ class BitVector {
   ~BitVector() { Free(); }
 
   BitVector& operator=(const BitVector& rhs) {
-    if (this == &rhs) return *this;
-    Reserve(rhs.NumWords());
-    std::copy_n(rhs.Words(), rhs.NumWords(), Words());
+    if (IsInline() && rhs.IsInline()) {
+      std::copy_n(rhs.m_inline, kInlineWords, m_inline);
+    } else {
+      CopyWords(rhs);
+    }
     m_size = rhs.m_size;
     return *this;
   }
@@ -36,14 +41,25 @@ class BitVector {
   std::size_t size() const { return m_size; }
   bool empty() const { return m_size == 0; }
   /// Bits behind the old end get the value; bits behind the new end are lost.
-  void resize(std::size_t size, bool bValue = false);
+  void resize(std::size_t size, bool bValue = false) {
+    if (size < m_size) ClearFrom(size);
+    Reserve(WordsFor(size));
+    if (bValue) SetFrom(size);
+    m_size = static_cast<std::uint32_t>(size);
+  }
   void push_back(bool bValue) { resize(m_size + 1, bValue); }
 
   bool operator[](std::size_t i) const { return (Words()[i / kBitsPerWord] >> (i % kBitsPerWord) & 1U) != 0; }
   void set(std::size_t i) { Words()[i / kBitsPerWord] |= BitMask(i); }
   void reset(std::size_t i) { Words()[i / kBitsPerWord] &= ~BitMask(i); }
   /// Clears all bits and keeps the length.
-  void reset() { std::fill_n(Words(), NumWords(), Word{0}); }
+  void reset() {
+    if (IsInline()) {
+      std::fill_n(m_inline, kInlineWords, Word{0});
+    } else {
+      std::fill_n(m_pWords, NumWords(), Word{0});
+    }
+  }
 
   BitVector& operator|=(const BitVector& rhs) {
     return Combine(rhs, [](Word left, Word right) { return left | right; });
@@ -76,10 +92,8 @@ class BitVector {
   bool Intersects(const BitVector& rhs) const {
     return AnyWord(rhs, [](Word left, Word right) { return left & right; });
   }
-  /// Whether every bit set here is set in rhs. Requires: one length.
-  bool IsSubsetOf(const BitVector& rhs) const {
-    return !AnyWord(rhs, [](Word left, Word right) { return left & ~right; });
-  }
+  /// The order by inclusion: less if this is a proper subset of rhs. Requires: one length.
+  std::partial_ordering CompareAsSets(const BitVector& rhs) const;
   /// Calls function(position) for each set bit, in ascending order.
   template <class Function>
   void ForEachSetBit(Function function) const {
@@ -101,16 +115,28 @@ class BitVector {
   static Word TailMask(std::size_t size) { return BitMask(size) - 1; }
 
   std::size_t NumWords() const { return WordsFor(m_size); }
-  Word* Words() { return m_capacity == kInlineWords ? m_inline : m_pWords; }
-  const Word* Words() const { return m_capacity == kInlineWords ? m_inline : m_pWords; }
+  bool IsInline() const { return m_capacity == kInlineWords; }
+  Word* Words() { return IsInline() ? m_inline : m_pWords; }
+  const Word* Words() const { return IsInline() ? m_inline : m_pWords; }
+  /// All that lies in the object, whatever the length: two long words cost less than a loop over short ones.
+  using TwoWords = std::array<std::uint64_t, 2>;
+  TwoWords InlineWords() const {
+    TwoWords words;
+    static_assert(sizeof words == sizeof m_inline);
+    std::memcpy(words.data(), m_inline, sizeof words);
+    return words;
+  }
 
+  void CopyWords(const BitVector& rhs);
+  void ClearFrom(std::size_t size);
+  void SetFrom(std::size_t size);
   /// Room for that many words; those that stand are kept.
   void Reserve(std::size_t words) {
     if (words > m_capacity) Grow(words);
   }
   void Grow(std::size_t words);
   void Free() {
-    if (m_capacity != kInlineWords) KXNodeAlloc::deallocate(m_pWords, m_capacity * sizeof(Word));
+    if (!IsInline()) KXNodeAlloc::deallocate(m_pWords, m_capacity * sizeof(Word));
   }
   void Swap(BitVector& rhs) noexcept {
     std::swap(m_size, rhs.m_size);
@@ -129,7 +155,7 @@ class BitVector {
     }
     return false;
   }
-  /// left = function(left, right) on the positions that both have.
+  /// left = function(left, right) on the positions that both have. Requires: function(0, 0) is 0.
   template <class Function>
   BitVector& Combine(const BitVector& rhs, Function function);
 
@@ -141,24 +167,48 @@ class BitVector {
   };
 };
 
-inline void BitVector::resize(std::size_t size, bool bValue) {
-  const std::size_t oldSize = m_size;
-  const std::size_t oldWords = NumWords();
-  const std::size_t newWords = WordsFor(size);
-  Reserve(newWords);
-  m_size = static_cast<std::uint32_t>(size);
+/// Takes the words of rhs. The length is left to the caller.
+inline void BitVector::CopyWords(const BitVector& rhs) {
+  if (this == &rhs) return;
+  Reserve(rhs.NumWords());
+  std::fill(std::copy_n(rhs.Words(), rhs.NumWords(), Words()), Words() + m_capacity, Word{0});
+}
+
+/// Clears the bits from position size on. Requires: size is in range.
+inline void BitVector::ClearFrom(std::size_t size) {
   Word* const pWords = Words();
-  if (size > oldSize) {
-    if (bValue && oldSize % kBitsPerWord != 0) pWords[oldWords - 1] |= ~TailMask(oldSize);
-    std::fill(pWords + oldWords, pWords + newWords, bValue ? ~Word{0} : Word{0});
+  pWords[size / kBitsPerWord] &= TailMask(size);
+  std::fill(pWords + size / kBitsPerWord + 1, pWords + NumWords(), Word{0});
+}
+
+/// Sets the bits behind the end, up to a later end at size, for which there is room.
+inline void BitVector::SetFrom(std::size_t size) {
+  for (std::size_t i = m_size; i < size; ++i) set(i);
+}
+
+inline std::partial_ordering BitVector::CompareAsSets(const BitVector& rhs) const {
+  std::uint64_t leftOnly = 0;
+  std::uint64_t rightOnly = 0;
+  const auto compare = [&](std::uint64_t left, std::uint64_t right) {
+    leftOnly |= left & ~right;
+    rightOnly |= right & ~left;
+  };
+  if (IsInline() && rhs.IsInline()) {
+    const TwoWords left = InlineWords();
+    const TwoWords right = rhs.InlineWords();
+    compare(left[0], right[0]);
+    compare(left[1], right[1]);
+  } else {
+    for (std::size_t i = 0; i < NumWords(); ++i) compare(Words()[i], rhs.Words()[i]);
   }
-  if (size % kBitsPerWord != 0) pWords[newWords - 1] &= TailMask(size);
+  if (leftOnly == 0) return rightOnly == 0 ? std::partial_ordering::equivalent : std::partial_ordering::less;
+  return rightOnly == 0 ? std::partial_ordering::greater : std::partial_ordering::unordered;
 }
 
 inline void BitVector::Grow(std::size_t words) {
   const std::size_t capacity = std::max(words, std::size_t{m_capacity} * 2);
   auto* const pWords = static_cast<Word*>(KXNodeAlloc::allocate(capacity * sizeof(Word), __FILE__, __LINE__));
-  std::copy_n(Words(), NumWords(), pWords);
+  std::fill(std::copy_n(Words(), NumWords(), pWords), pWords + capacity, Word{0});
   Free();
   m_pWords = pWords;
   m_capacity = static_cast<std::uint32_t>(capacity);
@@ -168,6 +218,10 @@ template <class Function>
 BitVector& BitVector::Combine(const BitVector& rhs, Function function) {
   Word* const pLeft = Words();
   const Word* const pRight = rhs.Words();
+  if (m_size == rhs.m_size && IsInline() && rhs.IsInline()) {
+    for (std::size_t i = 0; i < kInlineWords; ++i) m_inline[i] = function(m_inline[i], rhs.m_inline[i]);
+    return *this;
+  }
   const std::size_t size = std::min(m_size, rhs.m_size);
   const std::size_t wholeWords = size / kBitsPerWord;
   for (std::size_t i = 0; i < wholeWords; ++i) pLeft[i] = function(pLeft[i], pRight[i]);

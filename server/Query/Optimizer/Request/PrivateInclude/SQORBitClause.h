@@ -72,7 +72,11 @@ class ConjunctionSet {
   }
 
   /// Takes the conjunction.
-  void PushBackConjunction(BitClauseConjunction* pConjunction) { m_conjunctions.push_back(pConjunction); }
+  void PushBackConjunction(BitClauseConjunction* pConjunction) {
+    constexpr std::size_t kUsualConjunctions = 8;
+    if (m_conjunctions.capacity() == 0) m_conjunctions.reserve(kUsualConjunctions);
+    m_conjunctions.push_back(pConjunction);
+  }
   iterator erase(iterator it);
   void clear();
   /// Forgets the elements without deleting them.
@@ -200,6 +204,8 @@ inline BitClauseConjunction& Clause(BitClauseConjunction* pElement) { return *pE
 /// Add a clause at the end of a set, as it is.
 template <class Disjunction>
 void PushBack(DisjunctionSet& set, Disjunction&& clause) {
+  constexpr std::size_t kUsualClauses = 8;
+  if (set.capacity() == 0) set.reserve(kUsualClauses);
   set.push_back(std::forward<Disjunction>(clause));
 }
 template <class Conjunction>

@@ -1,20 +1,48 @@
 #pragma once
 
+#include <cstddef>
 #include <utility>
 
+#include "BitVector.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
 #include "SQORBitClause.h"
 
-// The way back from clauses to conditions. The results are deep copies of the atoms, with their identities, and new
-// connectives. Atom i of the clause is literalExprs[i]; the vector must outlive the visitor. A visitor serves one
-// clause.
+// The way back from clauses to conditions. The results are the atoms, each use one of its own, and new connectives.
+// Atom i of the clause is literalExprs[i]; the vector must outlive the visitor. A visitor serves one clause, and the
+// tree that the atoms stand in serves one visitor: see AtomUses.
 //
 // An atom that is always true is left out of a conjunction, and of nothing else.
+
+/// The uses of the atoms in a result. The first use of an atom takes it out of the tree that it stands in, which is
+/// about to go, and leaves a null slot there; every other one is a deep copy of it with its identities. An atom that is
+/// the whole tree belongs to whoever owns that, and is copied each time.
+///
+/// Requires: what is taken lives as long as uses are made.
+class AtomUses {
+ public:
+  explicit AtomUses(const RqExprCondVector& literalExprs)
+      : m_literalExprs(literalExprs), m_taken(literalExprs.size()) {}
+
+  const RqExprCond& operator[](std::size_t i) const { return *m_literalExprs[i]; }
+
+  /// The next use of atom i, to be taken by the caller.
+  [[nodiscard]] RqExprCond* Make(std::size_t i) {
+    RqExprCond* const pAtom = m_literalExprs[i];
+    if (m_taken[i] || !pAtom->GetParent()) return static_cast<RqExprCond*>(pAtom->DeepExprCopy(false));
+    m_taken.set(i);
+    pAtom->ReleaseFromParent();
+    return pAtom;
+  }
+
+ private:
+  const RqExprCondVector& m_literalExprs;
+  BitVector m_taken;
+};
 
 /// One condition for the whole clause.
 class BitClauseToRqExprCond final : public BitClauseVisitor {
  public:
-  explicit BitClauseToRqExprCond(const RqExprCondVector& literalExprs) : m_literalExprs(literalExprs) {}
+  explicit BitClauseToRqExprCond(const RqExprCondVector& literalExprs) : m_atoms(literalExprs) {}
 
   void Visit(BitClauseDisjunction& clause) override;
   void Visit(BitClauseConjunction& clause) override;
@@ -30,7 +58,7 @@ class BitClauseToRqExprCond final : public BitClauseVisitor {
   void Join(ClauseType& clause, bool bRecordTerms);
 
   bool m_bTopLevelConjunction = true;
-  const RqExprCondVector& m_literalExprs;
+  AtomUses m_atoms;
   OwnedRqExprCondPtr m_exprCond;
   RqExprVector m_conjuncts;
 };
@@ -41,7 +69,7 @@ class BitClauseToRqExprCond final : public BitClauseVisitor {
 template <class TopClause>
 class BitClauseToTerms final : public BitClauseVisitor {
  public:
-  explicit BitClauseToTerms(const RqExprCondVector& literalExprs) : m_literalExprs(literalExprs) {}
+  explicit BitClauseToTerms(const RqExprCondVector& literalExprs) : m_atoms(literalExprs) {}
 
   void Visit(BitClauseDisjunction& clause) override;
   void Visit(BitClauseConjunction& clause) override;
@@ -56,7 +84,7 @@ class BitClauseToTerms final : public BitClauseVisitor {
   void VisitClause(ClauseType& clause);
 
   bool m_bTopLevel = true;
-  const RqExprCondVector& m_literalExprs;
+  AtomUses m_atoms;
   OwnedRqExprCondVector m_terms;
   OwnedRqExprCondPtr m_nestedResult;
 };

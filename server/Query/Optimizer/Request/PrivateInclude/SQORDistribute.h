@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include "SQORBitClause.h"
 
 /// Turns a clause into a conjunction of flat disjunctions.
@@ -17,7 +19,9 @@ class Distribute final : public BitClauseVisitor {
   void Visit(BitClauseConjunction& clause) override;
 
   /// Copies the atoms and the disjunctions of the normal form.
-  void GetCNFConjunction(BitClauseConjunction& out) const { out = m_conjunction; }
+  void GetCNFConjunction(BitClauseConjunction& out) const& { out = m_conjunction; }
+  /// Hands them over.
+  void GetCNFConjunction(BitClauseConjunction& out) && { out = std::move(m_conjunction); }
   bool GetConversionSuccess() const { return m_bConversionSuccess; }
   void SetConversionSuccess(bool bConversionSuccess) { m_bConversionSuccess = bConversionSuccess; }
 
@@ -41,7 +45,9 @@ class DistributeDNF final : public BitClauseVisitor {
   void Visit(BitClauseConjunction& clause) override;
 
   /// Copies the atoms and the conjunctions of the normal form.
-  void GetDNFDisjunction(BitClauseDisjunction& out) const { out = m_disjunction; }
+  void GetDNFDisjunction(BitClauseDisjunction& out) const& { out = m_disjunction; }
+  /// Hands them over.
+  void GetDNFDisjunction(BitClauseDisjunction& out) && { out = std::move(m_disjunction); }
 
  private:
   BitClauseDisjunction m_disjunction{0};

@@ -2,6 +2,10 @@
 
 // Every class of the catalogue that stands, for what works on all of them.
 
+#include "Query/Optimizer/Request/Aggregates/SQORRqExprAggrPlain.h"
+#include "Query/Optimizer/Request/Aggregates/SQORRqExprAggrRank.h"
+#include "Query/Optimizer/Request/Aggregates/SQORRqExprAggrReport.h"
+#include "Query/Optimizer/Request/Aggregates/SQORRqExprAggrWrapper.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqAbstractTable.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqDerivedColumn.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqDerivedTable.h"

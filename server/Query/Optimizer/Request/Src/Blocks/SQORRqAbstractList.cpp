@@ -1,6 +1,5 @@
 #include "Query/Optimizer/Request/Blocks/SQORRqAbstractList.h"
 
-#include "Host/DataBlobUtil.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqDerivedTable.h"
 
 RqAbstractList::RqAbstractList(const RqAbstractList& rhs, bool bNewIDs, bool bDeepCopy)
@@ -24,11 +23,9 @@ bool RqAbstractList::IsEquivalent(const RqAbstractTable&) const { return false; 
 
 void RqAbstractList::ToByteVector(ByteVector& bv) {
   RqAbstractTable::ToByteVector(bv);
-  DataBlobUtil::ToByteVector(bv, m_bShared);
-  DataBlobUtil::ToByteVector(bv, m_bWithSupported);
+  RqFieldBytes::Write(bv, *this, kWrittenFields);
 }
 
 const_iterator RqAbstractList::FromByteVector(const_iterator start) {
-  start = DataBlobUtil::FromByteVector(RqAbstractTable::FromByteVector(start), m_bShared);
-  return DataBlobUtil::FromByteVector(start, m_bWithSupported);
+  return RqFieldBytes::Read(RqAbstractTable::FromByteVector(start), *this, kWrittenFields);
 }

@@ -5,7 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include "Host/DataBlobUtil.h"
 #include "Host/Expr.h"
 #include "Host/KXAssert.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqOpaqueTable.h"
@@ -151,17 +150,11 @@ bool RqAtomicTable::IsEquivalent(const RqAbstractTable& rhs) const {
 
 void RqAtomicTable::ToByteVector(ByteVector& bv) {
   RqNodeImpl::ToByteVector(bv);
-  DataBlobUtil::ToByteVector(bv, m_repositoryUniqueID);
-  m_tableID.ToByteVector(bv);
-  m_cacheTableID.ToByteVector(bv);
-  DataBlobUtil::ToByteVector(bv, m_sampleSize);
+  RqFieldBytes::Write(bv, *this, kWrittenFields);
 }
 
 const_iterator RqAtomicTable::FromByteVector(const_iterator start) {
-  start = DataBlobUtil::FromByteVector(RqNodeImpl::FromByteVector(start), m_repositoryUniqueID);
-  start = m_tableID.FromByteVector(start);
-  start = m_cacheTableID.FromByteVector(start);
-  return DataBlobUtil::FromByteVector(start, m_sampleSize);
+  return RqFieldBytes::Read(RqNodeImpl::FromByteVector(start), *this, kWrittenFields);
 }
 
 bool IsDatabaseTable::operator()(const RqNode& node) const {

@@ -66,13 +66,11 @@ void RqDerivedColumn::Replace(RqNode* pReplacement, RqNode& releaseContainer) {
 
 void RqDerivedColumn::ToByteVector(ByteVector& bv) {
   RqNodeImpl::ToByteVector(bv);
-  DataBlobUtil::ToByteVector(bv, m_columnNum);
-  DataBlobUtil::ToByteVector(bv, static_cast<std::uint16_t>(m_breakStatus));
+  RqFieldBytes::Write(bv, *this, kWrittenFields);
 }
 
 const_iterator RqDerivedColumn::FromByteVector(const_iterator start) {
-  start = DataBlobUtil::FromByteVector(RqNodeImpl::FromByteVector(start), m_columnNum);
-  return DataBlobUtil::FromByteVector<std::uint16_t>(start, m_breakStatus, kLobData);
+  return RqFieldBytes::Read(RqNodeImpl::FromByteVector(start), *this, kWrittenFields);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

@@ -182,13 +182,9 @@ RqExternalTable::RqExternalTable(const RqExternalTable& rhs, bool bNewIDs, bool 
 
 void RqExternalTable::ToByteVector(ByteVector& bv) {
   RqNodeImpl::ToByteVector(bv);
-  DataBlobUtil::ToByteVector(bv, m_tableName);
-  DataBlobUtil::ToByteVector(bv, static_cast<std::uint32_t>(m_targetType));
-  m_targetID.ToByteVector(bv);
+  RqFieldBytes::Write(bv, *this, kWrittenFields);
 }
 
 const_iterator RqExternalTable::FromByteVector(const_iterator start) {
-  start = DataBlobUtil::FromByteVector(RqNodeImpl::FromByteVector(start), m_tableName);
-  start = DataBlobUtil::FromByteVector(start, m_targetType, ServerInfo::kHighestTargetType);
-  return m_targetID.FromByteVector(start);
+  return RqFieldBytes::Read(RqNodeImpl::FromByteVector(start), *this, kWrittenFields);
 }

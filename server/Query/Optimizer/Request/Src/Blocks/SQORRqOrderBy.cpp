@@ -36,19 +36,11 @@ bool RqSortSpec::IsNullSortDirectionIncompatibleWithDB(const RefADatabase& datab
 
 void RqSortSpec::ToByteVector(ByteVector& bv) {
   RqNodeImpl::ToByteVector(bv);
-  DataBlobUtil::ToByteVector(bv, m_columnNumber);
-  DataBlobUtil::ToByteVector(bv, static_cast<std::uint16_t>(m_sortDirection));
-  DataBlobUtil::ToByteVector(bv, m_bNotInLogicalSelect);
-  DataBlobUtil::ToByteVector(bv, static_cast<std::uint16_t>(m_nullSortDirection));
-  DataBlobUtil::ToByteVector(bv, m_bConstantColumn);
+  RqFieldBytes::Write(bv, *this, kWrittenFields);
 }
 
 const_iterator RqSortSpec::FromByteVector(const_iterator start) {
-  start = DataBlobUtil::FromByteVector(RqNodeImpl::FromByteVector(start), m_columnNumber);
-  start = DataBlobUtil::FromByteVector<std::uint16_t>(start, m_sortDirection, kEitherDirection);
-  start = DataBlobUtil::FromByteVector(start, m_bNotInLogicalSelect);
-  start = DataBlobUtil::FromByteVector<std::uint16_t>(start, m_nullSortDirection, kNoCare);
-  return DataBlobUtil::FromByteVector(start, m_bConstantColumn);
+  return RqFieldBytes::Read(RqNodeImpl::FromByteVector(start), *this, kWrittenFields);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "Host/DataBlobUtil.h"
 #include "Host/KXAssert.h"
 #include "Host/ServerInfo.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqAtomicTable.h"
@@ -151,34 +150,11 @@ bool RqTableReference::IsEquivalent(const RqAbstractTable& rhs) const {
 
 void RqTableReference::ToByteVector(ByteVector& bv) {
   RqNodeImpl::ToByteVector(bv);
-  DataBlobUtil::ToByteVector(bv, static_cast<std::uint16_t>(m_joinTypeTag));
-  DataBlobUtil::ToByteVector(bv, static_cast<std::uint16_t>(m_joinSubTypeTag));
-  DataBlobUtil::ToByteVector(bv, static_cast<std::uint16_t>(m_drivingTableHint));
-  DataBlobUtil::ToByteVector(bv, m_factTableIndex);
-  DataBlobUtil::ToByteVector(bv, m_bJoinAbsorbed);
-  DataBlobUtil::ToByteVector(bv, m_nullsAreEqualFlags);
-  DataBlobUtil::ToByteVector(bv, m_leftJoinColumnIndexes);
-  DataBlobUtil::ToByteVector(bv, m_rightJoinColumnIndexes);
-  DataBlobUtil::ToByteVector(bv, m_bRemoveCandidate);
-  DataBlobUtil::ToByteVector(bv, m_bIsMolapStarJoin);
-  DataBlobUtil::ToByteVector(bv, m_estimatedDictionarySize);
-  DataBlobUtil::ToByteVector(bv, m_dictionaryRowCount);
+  RqFieldBytes::Write(bv, *this, kWrittenFields);
 }
 
 const_iterator RqTableReference::FromByteVector(const_iterator start) {
-  start = RqNodeImpl::FromByteVector(start);
-  start = DataBlobUtil::FromByteVector<std::uint16_t>(start, m_joinTypeTag, SqlTableRef::kNaturalJoin);
-  start = DataBlobUtil::FromByteVector<std::uint16_t>(start, m_joinSubTypeTag, SqlTableRef::kIndexJoin);
-  start = DataBlobUtil::FromByteVector<std::uint16_t>(start, m_drivingTableHint, kDriving_UnknownTable);
-  start = DataBlobUtil::FromByteVector(start, m_factTableIndex);
-  start = DataBlobUtil::FromByteVector(start, m_bJoinAbsorbed);
-  start = DataBlobUtil::FromByteVector(start, m_nullsAreEqualFlags);
-  start = DataBlobUtil::FromByteVector(start, m_leftJoinColumnIndexes);
-  start = DataBlobUtil::FromByteVector(start, m_rightJoinColumnIndexes);
-  start = DataBlobUtil::FromByteVector(start, m_bRemoveCandidate);
-  start = DataBlobUtil::FromByteVector(start, m_bIsMolapStarJoin);
-  start = DataBlobUtil::FromByteVector(start, m_estimatedDictionarySize);
-  return DataBlobUtil::FromByteVector(start, m_dictionaryRowCount);
+  return RqFieldBytes::Read(RqNodeImpl::FromByteVector(start), *this, kWrittenFields);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

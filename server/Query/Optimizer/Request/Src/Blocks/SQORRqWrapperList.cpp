@@ -1,6 +1,5 @@
 #include "Query/Optimizer/Request/Blocks/SQORRqWrapperList.h"
 
-#include "Host/DataBlobUtil.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqProjection.h"
 
 namespace {
@@ -64,13 +63,11 @@ void RqBreakFilter::CollectIndexes(UInt16Vector& indexes, bool bDistinct, bool b
 
 void RqBreakFilter::ToByteVector(ByteVector& bv) {
   RqWrapperList::ToByteVector(bv);
-  DataBlobUtil::ToByteVector(bv, m_breakColumnNumbers);
-  DataBlobUtil::ToByteVector(bv, m_NoOrderByBreakColumnNumbers);
+  RqFieldBytes::Write(bv, *this, kWrittenFields);
 }
 
 const_iterator RqBreakFilter::FromByteVector(const_iterator start) {
-  start = DataBlobUtil::FromByteVector(RqWrapperList::FromByteVector(start), m_breakColumnNumbers);
-  return DataBlobUtil::FromByteVector(start, m_NoOrderByBreakColumnNumbers);
+  return RqFieldBytes::Read(RqWrapperList::FromByteVector(start), *this, kWrittenFields);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

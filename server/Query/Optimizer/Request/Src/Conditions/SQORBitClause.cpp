@@ -1,6 +1,7 @@
 #include "SQORBitClause.h"
 
 #include <algorithm>
+#include <compare>
 #include <iterator>
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -40,9 +41,9 @@ void AddAbsorbing(const BitVector& outerLiterals, Set& nested, const NestedClaus
   if (literals.Intersects(outerLiterals)) return;
   for (std::size_t i = nested.size(); i-- > 0;) {
     const auto it = nested.begin() + static_cast<std::ptrdiff_t>(i);
-    const BitVector& nestedLiterals = Clause(*it).GetLiterals();
-    if (nestedLiterals.IsSubsetOf(literals)) return;
-    if (literals.IsSubsetOf(nestedLiterals)) nested.erase(it);
+    const std::partial_ordering order = Clause(*it).GetLiterals().CompareAsSets(literals);
+    if (order <= 0) return;
+    if (order > 0) nested.erase(it);
   }
   PushBack(nested, clause);
 }

@@ -15,15 +15,14 @@ constexpr bool kIsConjunction = std::is_same_v<ClauseType, BitClauseConjunction>
 template <class ClauseType>
 using ConnectiveOf = std::conditional_t<kIsConjunction<ClauseType>, RqExprCondAnd, RqExprCondOr>;
 
-/// Calls function with a copy, to be taken, of each atom of the clause, in ascending order of their bits.
+/// Calls function with each atom of the clause, to be taken, in ascending order of their bits.
 template <class ClauseType, class Function>
-void ForEachAtomCopy(const ClauseType& clause, const RqExprCondVector& literalExprs, Function function) {
+void ForEachAtom(const ClauseType& clause, AtomUses& atoms, Function function) {
   clause.GetLiterals().ForEachSetBit([&](std::size_t i) {
-    const RqExprCond& atom = *literalExprs[i];
     if constexpr (kIsConjunction<ClauseType>) {
-      if (atom.IsAlwaysTrue()) return;
+      if (atoms[i].IsAlwaysTrue()) return;
     }
-    function(static_cast<RqExprCond*>(atom.DeepExprCopy(false)));
+    function(atoms.Make(i));
   });
 }
 
@@ -41,7 +40,7 @@ void BitClauseToRqExprCond::Join(ClauseType& clause, bool bRecordTerms) {
     if (bRecordTerms && pTerm) m_conjuncts.push_back(pTerm);
     result = ConnectiveOf<ClauseType>::Concatenate(result.Release(), pTerm);
   };
-  ForEachAtomCopy(clause, m_literalExprs, add);
+  ForEachAtom(clause, m_atoms, add);
   for (auto& element : clause.GetNested()) {
     Visit(Clause(element));
     add(m_exprCond.Release());
@@ -67,7 +66,7 @@ OwnedRqPtrVector<RqExprCondVector> BitClauseToTerms<TopClause>::MakeTerms(Clause
   KXThread::LowStackCheck(0);
   OwnedRqPtrVector<RqExprCondVector> terms;
   terms.reserve(clause.GetLiterals().count() + clause.GetNested().size());
-  ForEachAtomCopy(clause, m_literalExprs, [&terms](RqExprCond* pAtom) { terms.push_back(pAtom); });
+  ForEachAtom(clause, m_atoms, [&terms](RqExprCond* pAtom) { terms.push_back(pAtom); });
   for (auto& element : clause.GetNested()) {
     Visit(Clause(element));
     if (m_nestedResult) terms.push_back(m_nestedResult.Release());

@@ -219,7 +219,8 @@ template class NegationRewriter<NegateCondExpr>;
 std::uint32_t InwardNegationForm::CheckComplexityScore(const RqExprCond* cond, bool bNegated, std::uint32_t& limit) {
   KXThread::LowStackCheck(0);
   if (!cond) return 1;
-  switch (cond->GetObjectType()) {
+  const RqNodeType_e type = cond->GetObjectType();
+  switch (type) {
     case kRqExprCondAnd:
     case kRqExprCondOr: {
       const auto* const pLeft = static_cast<const RqExprCond*>(cond->GetIthOperand(RqExprCondAnd::kLeftOperand));
@@ -228,7 +229,7 @@ std::uint32_t InwardNegationForm::CheckComplexityScore(const RqExprCond* cond, b
       const auto* const pRight = static_cast<const RqExprCond*>(cond->GetIthOperand(RqExprCondAnd::kRightOperand));
       const std::uint32_t right = CheckComplexityScore(pRight, bNegated, limit);
       if (right > limit) return right;
-      return cond->IsAndCond() == bNegated ? left * right : left + right;
+      return (type == kRqExprCondAnd) == bNegated ? left * right : left + right;
     }
     case kRqExprCondNot:
       return CheckComplexityScore(static_cast<const RqExprCondNot*>(cond)->GetInnerOperand(), !bNegated, limit);

@@ -207,7 +207,7 @@ template <class Traits>
 typename Traits::Connective* RqExprCondJunction<Traits>::InsertAtEnd(Connective* pRoot, RqExprCond* pNewCond) {
   if (SpineHeight<Traits>(pRoot->GetRightCond()) == 0) {
     auto* const pOldEnd = static_cast<RqExprCond*>(pRoot->ReleaseIthChild(kRightOperand));
-    pRoot->SetIthChild(kRightOperand, StartSpine<Traits>(pOldEnd, pNewCond));
+    pRoot->FillSlot(kRightOperand, StartSpine<Traits>(pOldEnd, pNewCond));
     Traits::Height(*pRoot) = 2;
     TakeOffSpine<Traits>(*pNewCond);
     return pRoot;

@@ -81,16 +81,11 @@ bool RqExprIsAncestor::IsShallowLessThan(const RqExpr& rhs) const {
 
 void RqExprIsAncestor::ToByteVector(ByteVector& bv) {
   RqNodeImpl::ToByteVector(bv);
-  DataBlobUtil::ToByteVector(bv, m_bIsLeaf);
-  DataBlobUtil::ToByteVector(bv, m_bNegated);
-  m_LTSVoidID.ToByteVector(bv);
+  RqFieldBytes::Write(bv, *this, kWrittenFields);
 }
 
 const_iterator RqExprIsAncestor::FromByteVector(const_iterator start) {
-  start = RqNodeImpl::FromByteVector(start);
-  start = DataBlobUtil::FromByteVector(start, m_bIsLeaf);
-  start = DataBlobUtil::FromByteVector(start, m_bNegated);
-  return m_LTSVoidID.FromByteVector(start);
+  return RqFieldBytes::Read(RqNodeImpl::FromByteVector(start), *this, kWrittenFields);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

@@ -1,6 +1,7 @@
 #include "SQORRqExprCondToBitClause.h"
 
 #include <algorithm>
+#include <functional>
 
 RqExprCondToBitClause::RqExprCondToBitClause(const LiteralIndexMap& literalIndexMap)
     : m_literalIndexMap(literalIndexMap),
@@ -10,7 +11,9 @@ RqExprCondToBitClause::RqExprCondToBitClause(const LiteralIndexMap& literalIndex
 }
 
 int RqExprCondToBitClause::FindBit(RqExprCond& atom) const {
-  const auto it = std::lower_bound(m_addressIndex.begin(), m_addressIndex.end(), AddressIndex::value_type(&atom, 0));
+  const auto it = std::lower_bound(
+      m_addressIndex.begin(), m_addressIndex.end(), &atom,
+      [](const AddressIndex::value_type& entry, const RqExprCond* pAtom) { return std::less<>()(entry.first, pAtom); });
   if (it != m_addressIndex.end() && it->first == &atom) return it->second;
   if (const auto found = m_literalIndexMap.find(&atom); found != m_literalIndexMap.end()) return found->second;
   // Outer join filters have no strict order, so the search may pass by the equal that kept the atom out of the table.

@@ -103,8 +103,7 @@ OwnedRqExprCondPtr VisitBitClause(const RqExprCond& cond, bool bConvertCondIn, R
   InwardNegationForm inwardNegationForm(bConvertCondIn);
   // A tour takes what it visits by a reference to change it; this visitor changes nothing.
   const_cast<RqExprCond&>(cond).TourExpr(inwardNegationForm);
-  RqExprVector atoms;
-  inwardNegationForm.GetLiteralExprs(atoms);
+  const RqExprVector& atoms = inwardNegationForm.GetLiteralExprs();
   LiteralIndexMap literalIndexMap;
   literals.reserve(literals.size() + atoms.size());
   std::for_each(atoms.begin(), atoms.end(), BuildLiteralIndexMap(literalIndexMap, literals));
@@ -122,8 +121,8 @@ RqExprCond* GenerateBitClauses(const RqExprCond& cond, bool bForceCNFConversion,
                                BitClauseConjunction& result, bool& bSuccess, bool bConvertCondIn) {
   Distribute distribute(bForceCNFConversion);
   OwnedRqExprCondPtr inwardForm = VisitBitClause(cond, bConvertCondIn, literals, distribute);
-  distribute.GetCNFConjunction(result);
   bSuccess = distribute.GetConversionSuccess();
+  std::move(distribute).GetCNFConjunction(result);
   return inwardForm.Release();
 }
 
@@ -275,7 +274,7 @@ void ToDNFDisjuncts::GenerateOwnedDNFDisjuncts(const RqExprCond& cond, bool bCon
   DistributeDNF distribute;
   const OwnedRqExprCondPtr inwardForm = VisitBitClause(cond, bConvertCondIn, literals, distribute);
   BitClauseDisjunction clause(0);
-  distribute.GetDNFDisjunction(clause);
+  std::move(distribute).GetDNFDisjunction(clause);
   BitClauseToDisjuncts toDisjuncts(literals);
   toDisjuncts.Visit(clause);
   toDisjuncts.ReleaseTerms(m_ownedDisjuncts);

@@ -41,20 +41,11 @@ bool RqAttribute::IsShallowLessThan(const RqExpr& rhs) const {
 
 void RqAttribute::ToByteVector(ByteVector& bv) {
   RqNodeImpl::ToByteVector(bv);
-  DataBlobUtil::ToByteVector(bv, m_repositoryUniqueID);
-  DataBlobUtil::ToByteVector(bv, m_bIsSortKeyAttribute);
-  DataBlobUtil::ToByteVector(bv, m_DescriptorAttributeName);
-  m_objID.ToByteVector(bv);
-  m_tableObjID.ToByteVector(bv);
+  RqFieldBytes::Write(bv, *this, kWrittenFields);
 }
 
 const_iterator RqAttribute::FromByteVector(const_iterator start) {
-  start = RqNodeImpl::FromByteVector(start);
-  start = DataBlobUtil::FromByteVector(start, m_repositoryUniqueID);
-  start = DataBlobUtil::FromByteVector(start, m_bIsSortKeyAttribute);
-  start = DataBlobUtil::FromByteVector(start, m_DescriptorAttributeName, true);
-  start = m_objID.FromByteVector(start);
-  return m_tableObjID.FromByteVector(start);
+  return RqFieldBytes::Read(RqNodeImpl::FromByteVector(start), *this, kWrittenFields);
 }
 
 // Physical columns
@@ -109,20 +100,11 @@ RefADatabase RqTargetColumn::GetRpDatabaseObj(ARpGateway* pRp) const {
 
 void RqTargetColumn::ToByteVector(ByteVector& bv) {
   RqNodeImpl::ToByteVector(bv);
-  DataBlobUtil::ToByteVector(bv, m_columnName);
-  DataBlobUtil::ToByteVector(bv, m_repositoryUniqueID);
-  DataBlobUtil::ToByteVector(bv, m_tableNum);
-  DataBlobUtil::ToByteVector(bv, m_bDataMiningColumn);
-  m_columnID.ToByteVector(bv);
+  RqFieldBytes::Write(bv, *this, kWrittenFields);
 }
 
 const_iterator RqTargetColumn::FromByteVector(const_iterator start) {
-  start = RqNodeImpl::FromByteVector(start);
-  start = DataBlobUtil::FromByteVector(start, m_columnName, true);
-  start = DataBlobUtil::FromByteVector(start, m_repositoryUniqueID);
-  start = DataBlobUtil::FromByteVector(start, m_tableNum);
-  start = DataBlobUtil::FromByteVector(start, m_bDataMiningColumn);
-  return m_columnID.FromByteVector(start);
+  return RqFieldBytes::Read(RqNodeImpl::FromByteVector(start), *this, kWrittenFields);
 }
 
 RqTargetCubeColumn::RqTargetCubeColumn(const RqTargetCubeColumn& rhs, bool bNewIDs, bool bDeepCopy)

@@ -1,10 +1,12 @@
 #include "Query/Optimizer/Request/Expressions/SQORRqExpr.h"
 
 #include <algorithm>
+#include <compare>
 #include <typeinfo>
 
 #include "Host/DataBlobUtil.h"
 #include "Host/KXThread.h"
+#include "Query/Optimizer/Request/Aggregates/SQORRqExprAggr.h"
 
 static_assert(sizeof(RqExpr) == sizeof(RqNode));
 
@@ -57,36 +59,100 @@ bool RqExpr::IsEquivalent(const RqExpr& rhs, const RqEquivalence& pred) const {
   return true;
 }
 
-bool RqExpr::IsLessThan(const RqExpr& rhs, const RqShallowLessThan& shallowLessThanPred) const {
-  bool bEquivalent = false;
-  return IsDeepLessThan(rhs, shallowLessThanPred, bEquivalent);
+namespace {
+
+// The order of two nodes without their operands, under each rule. The two rules of this library are not asked by a
+// virtual call, and for most nodes that differ not at all, as those are of two kinds.
+
+template <class IsLess>
+std::weak_ordering AskBothWays(const RqExpr& lhs, const RqExpr& rhs, const IsLess& isLess) {
+  if (isLess(lhs, rhs)) return std::weak_ordering::less;
+  return isLess(rhs, lhs) ? std::weak_ordering::greater : std::weak_ordering::equivalent;
 }
 
-bool RqExpr::IsDeepLessThan(const RqExpr& rhs, const RqShallowLessThan& shallowLessThanPred, bool& bEquivalent) const {
-  bEquivalent = false;
-  // Most nodes that differ are of two kinds, and the plain rule orders those by number: it need not be asked.
-  if (typeid(shallowLessThanPred) == typeid(RqShallowLessThan)) {
-    const RqNodeType_e type = GetObjectType();
-    const RqNodeType_e rhsType = rhs.GetObjectType();
-    if (type != rhsType) return type < rhsType;
+struct PlainRule {
+  std::weak_ordering Compare(const RqExpr& lhs, const RqExpr& rhs) const {
+    if (!AreOfOneClass(lhs, rhs)) {
+      const RqNodeType_e type = lhs.GetObjectType();
+      const RqNodeType_e rhsType = rhs.GetObjectType();
+      if (type != rhsType) return type <=> rhsType;
+    }
+    return AskBothWays(lhs, rhs, [](const RqExpr& a, const RqExpr& b) { return a.IsShallowLessThan(b); });
   }
-  if (shallowLessThanPred(*this, rhs)) return true;
-  if (shallowLessThanPred(rhs, *this)) return false;
+};
 
-  const int nLeft = GetNumOperands();
+/// Only aggregates have a share base.
+struct ShareBaseRule {
+  const RqShallowLessThan& m_rule;
+
+  std::weak_ordering Compare(const RqExpr& lhs, const RqExpr& rhs) const {
+    return lhs.IsAggr() && rhs.IsAggr() ? AskBothWays(lhs, rhs, m_rule) : PlainRule().Compare(lhs, rhs);
+  }
+};
+
+struct UnknownRule {
+  const RqShallowLessThan& m_rule;
+
+  std::weak_ordering Compare(const RqExpr& lhs, const RqExpr& rhs) const { return AskBothWays(lhs, rhs, m_rule); }
+};
+
+/// The total order of two trees, and equivalent if no difference is found at any level.
+/// Cost: kinds that differ decide at once; a tie costs two questions a node.
+template <class Rule>
+std::weak_ordering CompareTrees(const RqExpr& lhs, const RqExpr& rhs, const Rule& rule) {
+  if (const std::weak_ordering order = rule.Compare(lhs, rhs); order != 0) return order;
+
+  const int nLeft = lhs.GetNumOperands();
   const int nRight = rhs.GetNumOperands();
   const int nCommon = std::min(nLeft, nRight);
   for (int i = 0; i < nCommon; ++i) {
-    const RqExpr* const pLeft = GetIthOperand(i);
+    const RqExpr* const pLeft = lhs.GetIthOperand(i);
     const RqExpr* const pRight = rhs.GetIthOperand(i);
     if (!pLeft && !pRight) continue;
-    if (!pLeft || !pRight) return !pLeft;
-    bool bOperandsEquivalent = false;
-    if (pLeft->IsDeepLessThan(*pRight, shallowLessThanPred, bOperandsEquivalent)) return true;
-    if (!bOperandsEquivalent) return false;
+    if (!pLeft || !pRight) return pLeft ? std::weak_ordering::greater : std::weak_ordering::less;
+    if (const std::weak_ordering order = CompareTrees(*pLeft, *pRight, rule); order != 0) return order;
   }
-  bEquivalent = nLeft == nRight;
-  return nLeft < nRight;
+  return nLeft <=> nRight;
+}
+
+/// Any rule may come; which it is is found out once for the whole tree.
+std::weak_ordering Compare(const RqExpr& lhs, const RqExpr& rhs, const RqShallowLessThan& rule) {
+  const std::type_info* const pType = &typeid(rule);
+  if (pType == &typeid(RqShallowLessThan)) return CompareTrees(lhs, rhs, PlainRule());
+  if (pType == &typeid(RqShallowLessThanShareBase)) return CompareTrees(lhs, rhs, ShareBaseRule{rule});
+  return CompareTrees(lhs, rhs, UnknownRule{rule});
+}
+
+}  // namespace
+
+bool RqExpr::IsLessThan(const RqExpr& rhs, const RqShallowLessThan& shallowLessThanPred) const {
+  return Compare(*this, rhs, shallowLessThanPred) < 0;
+}
+
+bool RqExpr::IsDeepLessThan(const RqExpr& rhs, const RqShallowLessThan& shallowLessThanPred, bool& bEquivalent) const {
+  const std::weak_ordering order = Compare(*this, rhs, shallowLessThanPred);
+  bEquivalent = order == 0;
+  return order < 0;
+}
+
+namespace {
+
+/// That of an expression that is an aggregate.
+const ShareBaseID& ShareBaseOf(const RqExpr& expr) { return static_cast<const RqExprAggr&>(expr).GetShareBase(); }
+
+}  // namespace
+
+bool RqEquivalenceShareBase::operator()(const RqExpr& lhs, const RqExpr& rhs) const {
+  if (!lhs.IsEquivalent(rhs, *this)) return false;
+  if (!lhs.IsAggr()) return true;
+  return rhs.IsAggr() && ShareBaseOf(lhs) == ShareBaseOf(rhs);
+}
+
+bool RqShallowLessThanShareBase::operator()(const RqExpr& lhs, const RqExpr& rhs) const {
+  if (lhs.IsAggr() && rhs.IsAggr()) {
+    if (const auto order = ShareBaseOf(lhs) <=> ShareBaseOf(rhs); order != 0) return order < 0;
+  }
+  return lhs.IsShallowLessThan(rhs);
 }
 
 void RqExpr::FindEquivalentSubExprs(RqExpr* pRoot, const RqExpr& searchExpr, RqExprVector& equivalentSubExprs) {

@@ -88,15 +88,10 @@ bool RqExprExternalData::IsShallowLessThan(const RqExpr& rhs) const {
 
 void RqExprExternalData::ToByteVector(ByteVector& bv) {
   RqScalarFunction::ToByteVector(bv);
-  std::apply([&](const auto&... fields) { (RqFieldBytes::Write(bv, GetExternalColumn(), fields), ...); },
-             kExternalColumnBytes);
+  RqFieldBytes::Write(bv, GetExternalColumn(), kExternalColumnBytes);
 }
 
 const_iterator RqExprExternalData::FromByteVector(const_iterator start) {
-  start = RqScalarFunction::FromByteVector(start);
-  const auto read = [&](const auto& field) {
-    start = RqFieldBytes::Read(start, static_cast<RqExternalColumn&>(*this), field);
-  };
-  std::apply([&](const auto&... fields) { (read(fields), ...); }, kExternalColumnBytes);
-  return start;
+  return RqFieldBytes::Read(RqScalarFunction::FromByteVector(start), static_cast<RqExternalColumn&>(*this),
+                            kExternalColumnBytes);
 }

@@ -20,17 +20,18 @@ RqNode::RqNode() { MemoryDataCollector::IncrRqNodeCounter(1); }
 
 RqNode::RqNode(const RqNode& rhs, bool bNewIDs, bool bDeepCopy)
     : CompositeNode(rhs, bNewIDs), m_targetType(rhs.m_targetType), m_targetID(rhs.m_targetID) {
+  // Most nodes are leaves. The rest stands apart, so that they do not save registers for it.
+  if (rhs.GetNumChildren() > 0) CopyChildren(rhs, bNewIDs, bDeepCopy);
   MemoryDataCollector::IncrRqNodeCounter(1);
-  try {
-    const int numChildren = rhs.GetNumChildren();
-    MakeSlots(numChildren);
-    if (!bDeepCopy) return;
-    for (int i = 0; i < numChildren; ++i) {
-      if (const RqNode* const pChild = rhs.GetIthChild(i)) FillSlot(i, pChild->DeepCopy(bNewIDs));
-    }
-  } catch (...) {
-    MemoryDataCollector::DecrRqNodeCounter(1);
-    throw;
+}
+
+/// Makes as many slots as rhs has, and fills them if bDeepCopy.
+void RqNode::CopyChildren(const RqNode& rhs, bool bNewIDs, bool bDeepCopy) {
+  const int numChildren = rhs.GetNumChildren();
+  MakeSlots(numChildren);
+  if (!bDeepCopy) return;
+  for (int i = 0; i < numChildren; ++i) {
+    if (const RqNode* const pChild = rhs.GetIthChild(i)) FillSlot(i, pChild->DeepCopy(bNewIDs));
   }
 }
 

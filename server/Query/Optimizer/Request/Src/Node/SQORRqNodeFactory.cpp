@@ -1,5 +1,6 @@
 #include "SQORRqNodeFactory.h"
 
+#include <iterator>
 #include <string_view>
 #include <type_traits>
 
@@ -127,11 +128,17 @@ struct Slot {
       case L'c':
         return child.IsExpr() && static_cast<const RqExpr&>(child).IsCond();
       case L'l':
-        return type == kRqExprColumnList || type == kRqExprColumnListOrdered;
+        return type == kRqExprColumnList || type == kRqGroupBy;
+      case L'y':
+        return type == kRqExprColumnListOrdered || type == kRqExprColumnList || type == kRqGroupBy;
+      case L'm':
+        return type == kRqExprMemberReference;
       case L'd':
         return type == kRqExprLevel;
       case L't':
         return child.IsExpr() && static_cast<const RqExpr&>(child).IsLiteral();
+      case L'x':
+        return type == kRqExprStringLiteral;
       case L'a':
         return child.IsAbstractTable() && (static_cast<const RqAbstractTable&>(child).IsIdentifiedTable() ||
                                            static_cast<const RqAbstractTable&>(child).IsTableReference());
@@ -172,13 +179,53 @@ struct Slot {
            BoundedRead::Current()->GetOffset(start), what);
 }
 
-/// What fields say of children.
+/// The sort columns that a sort counts come first, and expressions behind them.
+bool HasConsistentChildren(const RqOrderBy& orderBy) {
+  const int numSortSpecs = orderBy.GetNumSortSpecs();
+  if (numSortSpecs < 0 || numSortSpecs > orderBy.GetNumChildren()) return false;
+  for (int i = 0; i < orderBy.GetNumChildren(); ++i) {
+    const RqNode& child = *orderBy.GetIthChild(i);
+    if (i < numSortSpecs ? child.GetObjectType() != kRqSortSpec : !child.IsExpr()) return false;
+  }
+  return true;
+}
+
+bool HasDirectionForEachColumn(const RqExprAggrRank& rank) {
+  return std::ssize(rank.GetSortDirections()) == rank.GetAggrExpr()->GetNumOperands();
+}
+
+bool HasDirectionForEachColumn(const RqExprSortDependentAggr& aggr) {
+  SortDirectonVector directions;
+  Int32Vector order;
+  aggr.GetSortSpec(directions, order);
+  return directions.size() == order.size();
+}
+
+/// What fields say of children and of each other.
 void RequireConsistentFields(const RqNode& node, const_iterator start) {
-  if (node.GetObjectType() == kRqOrderBy) {
-    const int numSortSpecs = static_cast<const RqOrderBy&>(node).GetNumSortSpecs();
-    if (numSortSpecs != node.GetNumChildren()) RaiseMalformed(node, start, L"it counts its sort columns wrong");
-  } else if (node.GetObjectType() == kRqJoinSpec) {
-    static_cast<const RqJoinSpec&>(node).RequireReattachableLinks(start);
+  const auto require = [&](bool bConsistent) {
+    if (!bConsistent) RaiseMalformed(node, start, L"it counts its sort columns wrong");
+  };
+  switch (node.GetObjectType()) {
+    case kRqOrderBy:
+      require(HasConsistentChildren(static_cast<const RqOrderBy&>(node)));
+      break;
+    case kRqExprAggrRank:
+      require(HasDirectionForEachColumn(static_cast<const RqExprAggrRank&>(node)));
+      break;
+    case kRqExprAggrMovingAvg:
+    case kRqExprAggrMovingSum:
+    case kRqExprAggrRunningSum:
+    case kRqExprAggrRunningCount:
+    case kRqExprAggrRunningMax:
+    case kRqExprAggrRunningMin:
+      require(HasDirectionForEachColumn(static_cast<const RqExprSortDependentAggr&>(node)));
+      break;
+    case kRqJoinSpec:
+      static_cast<const RqJoinSpec&>(node).RequireReattachableLinks(start);
+      break;
+    default:
+      break;
   }
 }
 

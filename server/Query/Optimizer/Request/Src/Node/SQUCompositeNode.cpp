@@ -30,24 +30,27 @@ void NodeVector::Grow(std::uint32_t capacity) {
 }
 
 /// Law: the nodes of a subtree can be freed in any order in which each is childless when its turn comes.
-/// Ensures: constant stack depth, whatever the depth of the tree.
+/// Ensures: constant stack depth, whatever the depth of the tree, and no memory taken: a node that waits for its turn
+///          has no parent any more, and keeps in its place the node that comes after it.
 void CompositeNode::Dismantle() {
-  NodeVector work;
-  MoveChildrenTo(work);
   if (m_pParent) ReleaseFromParent();
-  while (!work.Empty()) {
-    Heap<CompositeNode> current(work.PopBack());
-    current->MoveChildrenTo(work);
+  CompositeNode* pDoomed = ReleaseChildrenTo(nullptr);
+  while (pDoomed) {
+    CompositeNode* const pCurrent = std::exchange(pDoomed, std::exchange(pDoomed->m_pParent, nullptr));
+    pDoomed = pCurrent->ReleaseChildrenTo(pDoomed);
+    delete pCurrent;
   }
 }
 
-void CompositeNode::MoveChildrenTo(NodeVector& work) {
-  for (std::uint32_t i = 0; i < m_children.Size(); ++i) {
-    if (CompositeNode* const pChild = std::exchange(m_children[i], nullptr)) {
-      pChild->m_pParent = nullptr;
-      work.PushBack(pChild);
-    }
+/// Puts the children before the nodes that wait, the last one first, and has none then. Gives the new first.
+CompositeNode* CompositeNode::ReleaseChildrenTo(CompositeNode* pDoomed) {
+  for (CompositeNode* const pChild : m_children) {
+    if (!pChild) continue;
+    pChild->m_pParent = pDoomed;
+    pDoomed = pChild;
   }
+  m_children.Clear();
+  return pDoomed;
 }
 
 void CompositeNode::FailRange() { KX_LOGIC_ERROR(L""); }
@@ -72,12 +75,6 @@ CompositeNode* CompositeNode::ReleaseIthChild(int i) {
   CompositeNode* const pChild = std::exchange(m_children[static_cast<std::uint32_t>(i)], nullptr);
   if (pChild) pChild->m_pParent = nullptr;
   return pChild;
-}
-
-void CompositeNode::AddChild(CompositeNode* pNewChild) {
-  if (pNewChild && pNewChild->m_pParent) pNewChild->ReleaseFromParent();
-  m_children.PushBack(pNewChild);
-  if (pNewChild) pNewChild->m_pParent = this;
 }
 
 void CompositeNode::DeleteChild(CompositeNode* pChild, CompositeNode* pReleaseContainer) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "Query/Optimizer/Request/Blocks/SQORRqAbstractTable.h"
+#include "Query/Optimizer/Request/Node/SQORRqFieldBytes.h"
 
 class KXAVirtualTableListStream;
 class RqDerivedTable;
@@ -69,4 +70,6 @@ class RqAbstractList : public RqAbstractTable {
   std::uint32_t m_rowNumOffset = 0;
   KXAVirtualTableListStream* m_pSharedVirtualTableListStream = nullptr;
   bool m_bWithSupported = true;
+
+  static constexpr std::tuple kWrittenFields{&RqAbstractList::m_bShared, &RqAbstractList::m_bWithSupported};
 };

@@ -10,6 +10,7 @@
 #include "Host/VoidID.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqAbstractTable.h"
 #include "Query/Optimizer/Request/Node/SQORHeap.h"
+#include "Query/Optimizer/Request/Node/SQORRqFieldBytes.h"
 
 /// A table that is read as it is: one of the repository, by its identifier, or one of the result cache, which has the
 /// null identifier and an identity of its own.
@@ -80,6 +81,9 @@ class RqAtomicTable : public RqNodeImpl<RqAtomicTable, RqIdentifiedTable, kRqAto
   RefCntCachePhysicalSeedEntry m_refCntCachePhysicalEntry;
   Heap<KXRecordMetaData> m_pMetaData;
   std::uint32_t m_sampleSize = 0;
+
+  static constexpr std::tuple kWrittenFields{&RqAtomicTable::m_repositoryUniqueID, &RqAtomicTable::m_tableID,
+                                             &RqAtomicTable::m_cacheTableID, &RqAtomicTable::m_sampleSize};
 };
 
 /// Answers whether a node is a table that a database or the engine's own storage holds and the repository knows.

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "Query/Optimizer/Request/Expressions/SQORRqColumn.h"
+#include "Query/Optimizer/Request/Node/SQORRqFieldBytes.h"
 #include "Query/Optimizer/Request/Node/SQORSmartRqNodePtr.h"
 
 class RqAbstractList;
@@ -49,6 +50,9 @@ class RqDerivedColumn final : public RqNodeImpl<RqDerivedColumn, RqNode, kRqDeri
  private:
   std::int32_t m_columnNum;
   BreakStatus m_breakStatus = kUnknownBreakStatus;
+
+  static constexpr std::tuple kWrittenFields{&RqDerivedColumn::m_columnNum,
+                                             RqEnumFieldAs<std::uint16_t>(&RqDerivedColumn::m_breakStatus, kLobData)};
 };
 
 using RqDerivedColumnVector = std::vector<RqDerivedColumn*>;

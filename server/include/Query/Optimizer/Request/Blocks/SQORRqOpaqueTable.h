@@ -10,6 +10,7 @@
 #include "Host/ServerInfo.h"
 #include "Host/VoidID.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqAtomicTable.h"
+#include "Query/Optimizer/Request/Node/SQORRqFieldBytes.h"
 
 /// How the text of an opaque table reads. The numbers travel in byte forms.
 enum OpaqueTableType : std::uint16_t { kOpaqueTableTypeStoredProc, kOpaqueTableTypeSelect, kOpaqueTableTypeTableName };
@@ -135,4 +136,8 @@ class RqExternalTable final : public RqNodeImpl<RqExternalTable, RqAtomicTable, 
   KXString m_tableName;
   ServerInfo::TargetType m_targetType = ServerInfo::kUnknown;
   VoidID m_targetID;
+
+  static constexpr std::tuple kWrittenFields{
+      &RqExternalTable::m_tableName, RqEnumField{&RqExternalTable::m_targetType, ServerInfo::kHighestTargetType},
+      &RqExternalTable::m_targetID};
 };

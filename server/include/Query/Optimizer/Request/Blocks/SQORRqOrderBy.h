@@ -5,6 +5,7 @@
 
 #include "Host/KXDataType.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExpr.h"
+#include "Query/Optimizer/Request/Node/SQORRqFieldBytes.h"
 
 class RqList;
 
@@ -56,6 +57,11 @@ class RqSortSpec final : public RqNodeImpl<RqSortSpec, RqNode, kRqSortSpec> {
   bool m_bNotInLogicalSelect = false;
   NullSortDirection m_nullSortDirection = kNoCare;
   bool m_bConstantColumn = false;
+
+  static constexpr std::tuple kWrittenFields{
+      &RqSortSpec::m_columnNumber, RqEnumFieldAs<std::uint16_t>(&RqSortSpec::m_sortDirection, kEitherDirection),
+      &RqSortSpec::m_bNotInLogicalSelect, RqEnumFieldAs<std::uint16_t>(&RqSortSpec::m_nullSortDirection, kNoCare),
+      &RqSortSpec::m_bConstantColumn};
 };
 
 /// ORDER BY: the columns sorted by, the first one decides first. Behind them stand the aggregates that are to be

@@ -8,11 +8,12 @@
 #include "Host/SqlTableRef.h"
 #include "Query/Optimizer/Request/Blocks/SQORNodeInfo.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqAbstractTable.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqDerivedColumn.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
 #include "Query/Optimizer/Request/Node/SQORHeap.h"
+#include "Query/Optimizer/Request/Node/SQORRqFieldBytes.h"
 
 class RqAtomicTable;
-class RqDerivedColumn;
 class RqDerivedTable;
 class RqExprParam;
 
@@ -24,7 +25,6 @@ enum HashTableHint : std::uint16_t { kHash_LeftTable, kHash_RightTable, kHash_Un
 
 /// Indexes of columns in a schema of rows.
 using SchemaCountVector = Int32Vector;
-using RqDerivedColumnVector = std::vector<RqDerivedColumn*>;
 using RqExprParamVector = std::vector<RqExprParam*>;
 
 /// A table of a FROM clause, alone or joined with a second one. A nest of references is a tree of joins, whose leaves
@@ -146,6 +146,20 @@ class RqTableReference final : public RqNodeImpl<RqTableReference, RqAbstractTab
   HashTableHint m_bHashJoinHint = kHash_NoHashJoin;
   std::uint64_t m_estimatedDictionarySize = 0;
   std::int64_t m_dictionaryRowCount = -1;
+
+  static constexpr std::tuple kWrittenFields{
+      RqEnumFieldAs<std::uint16_t>(&RqTableReference::m_joinTypeTag, SqlTableRef::kNaturalJoin),
+      RqEnumFieldAs<std::uint16_t>(&RqTableReference::m_joinSubTypeTag, SqlTableRef::kIndexJoin),
+      RqEnumFieldAs<std::uint16_t>(&RqTableReference::m_drivingTableHint, kDriving_UnknownTable),
+      &RqTableReference::m_factTableIndex,
+      &RqTableReference::m_bJoinAbsorbed,
+      &RqTableReference::m_nullsAreEqualFlags,
+      &RqTableReference::m_leftJoinColumnIndexes,
+      &RqTableReference::m_rightJoinColumnIndexes,
+      &RqTableReference::m_bRemoveCandidate,
+      &RqTableReference::m_bIsMolapStarJoin,
+      &RqTableReference::m_estimatedDictionarySize,
+      &RqTableReference::m_dictionaryRowCount};
 };
 
 /// Appends the identified tables of the nest, left to right. A leaf of another kind, or a reference without a left

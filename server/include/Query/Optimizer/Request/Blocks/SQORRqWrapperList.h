@@ -9,6 +9,7 @@
 #include "Host/Ref.h"
 #include "Host/StatsStruct.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqAbstractList.h"
+#include "Query/Optimizer/Request/Node/SQORRqFieldBytes.h"
 
 // Lists that add one thing to another list.
 
@@ -93,6 +94,9 @@ class RqBreakFilter final : public RqWrapperList<RqBreakFilter, kRqBreakFilter> 
 
   UInt16Vector m_breakColumnNumbers;
   UInt16Vector m_NoOrderByBreakColumnNumbers;
+
+  static constexpr std::tuple kWrittenFields{&RqBreakFilter::m_breakColumnNumbers,
+                                             &RqBreakFilter::m_NoOrderByBreakColumnNumbers};
 };
 
 /// Two lists, lent, the outer one first, and the indexes of the columns of each by which they are joined.

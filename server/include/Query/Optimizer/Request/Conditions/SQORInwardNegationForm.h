@@ -78,6 +78,8 @@ class InwardNegationForm final : public NegationRewriter<InwardNegationForm> {
   RqExprCond* GetInwardNegationExpr() const { return m_inwardNegationFormExpr.Get(); }
   /// Appends the atoms in the order of the condition, one an occurrence.
   void GetLiteralExprs(RqExprVector& out) const { out.insert(out.end(), m_literalExprs.begin(), m_literalExprs.end()); }
+  /// Lends them.
+  const RqExprVector& GetLiteralExprs() const { return m_literalExprs; }
 
   /// An estimate of the number of clauses of the conjunctive normal form, or of the disjunctive one if bNegated. A null
   /// condition counts 1. An estimate above limit may be that of a part alone. Wanted: counted modulo 2^32, so a product

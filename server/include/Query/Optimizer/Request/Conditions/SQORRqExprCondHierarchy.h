@@ -5,6 +5,7 @@
 
 #include "Host/VoidID.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
+#include "Query/Optimizer/Request/Node/SQORRqFieldBytes.h"
 
 // Tests of a member's place in a hierarchy.
 
@@ -63,6 +64,9 @@ class RqExprIsAncestor : public RqNodeImpl<RqExprIsAncestor, RqExprCond, kRqExpr
   bool m_bIsLeaf = false;
   bool m_bNegated = false;
   VoidID m_LTSVoidID;
+
+  static constexpr std::tuple kWrittenFields{&RqExprIsAncestor::m_bIsLeaf, &RqExprIsAncestor::m_bNegated,
+                                             &RqExprIsAncestor::m_LTSVoidID};
 };
 
 /// Whether the argument is a root of its hierarchy. It has the operands of the leaf form and is none.

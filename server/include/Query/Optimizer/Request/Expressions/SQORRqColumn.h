@@ -7,6 +7,7 @@
 #include "Host/RpObjects.h"
 #include "Host/VoidID.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExpr.h"
+#include "Query/Optimizer/Request/Node/SQORRqFieldBytes.h"
 
 /// A column that an expression refers to. Logical columns are valid before navigation and physical ones after it.
 class RqColumn : public RqExpr {
@@ -63,6 +64,10 @@ class RqAttribute final : public RqNodeImpl<RqAttribute, RqColumn, kRqAttribute>
   VoidID m_catalogFolderID;
   bool m_bIsSortKeyAttribute = false;
   KXString m_DescriptorAttributeName;
+
+  static constexpr std::tuple kWrittenFields{&RqAttribute::m_repositoryUniqueID, &RqAttribute::m_bIsSortKeyAttribute,
+                                             &RqAttribute::m_DescriptorAttributeName, &RqAttribute::m_objID,
+                                             &RqAttribute::m_tableObjID};
 };
 
 /// A column of a database table: one of the repository, or one that has a name and no repository object. Its table is
@@ -119,6 +124,10 @@ class RqTargetColumn : public RqNodeImpl<RqTargetColumn, RqColumn, kRqTargetColu
   VoidIDVector m_attrIds;
   bool m_bDataMiningColumn = false;
   RqNode* m_relatedRqListPtr = nullptr;
+
+  static constexpr std::tuple kWrittenFields{&RqTargetColumn::m_columnName, &RqTargetColumn::m_repositoryUniqueID,
+                                             &RqTargetColumn::m_tableNum, &RqTargetColumn::m_bDataMiningColumn,
+                                             &RqTargetColumn::m_columnID};
 };
 
 /// A measure of a cube.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <set>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -59,7 +60,7 @@ class RqExpr : public RqNode {
   /// As IsLessThan, and bEquivalent tells whether no difference was found at any level. Recursive, with no stack check.
   virtual bool IsDeepLessThan(const RqExpr& rhs, const RqShallowLessThan& shallowLessThanPred, bool& bEquivalent) const;
   /// The order of the two nodes without their operands.
-  virtual bool IsShallowLessThan(const RqExpr& rhs) const { return GetObjectType() < rhs.GetObjectType(); }
+  virtual bool IsShallowLessThan(const RqExpr& rhs) const;
   virtual bool IsTimeSeries() const { return false; }
   virtual bool IsAggrWrapper() const { return false; }
   virtual bool IsLiteral() const { return false; }
@@ -94,6 +95,13 @@ class RqExpr : public RqNode {
   static const_iterator FromByteVector_KXTypeInfo(const_iterator start, KXTypeInfo& typeInfo);
 };
 
+/// Whether both are seen to be of one class, and so of one kind; false says nothing. Cheaper than asking for the kinds.
+inline bool AreOfOneClass(const RqExpr& lhs, const RqExpr& rhs) { return &typeid(lhs) == &typeid(rhs); }
+
+inline bool RqExpr::IsShallowLessThan(const RqExpr& rhs) const {
+  return !AreOfOneClass(*this, rhs) && GetObjectType() < rhs.GetObjectType();
+}
+
 using RqExprVector = std::vector<RqExpr*>;
 using ConstRqExprVector = std::vector<const RqExpr*>;
 using OwnedRqExprPtr = Heap<RqExpr>;
@@ -108,7 +116,10 @@ class RqEquivalence {
 };
 
 /// As RqEquivalence, and aggregates must have one share base.
-class RqEquivalenceShareBase : public RqEquivalence {};
+class RqEquivalenceShareBase : public RqEquivalence {
+ public:
+  bool operator()(const RqExpr& lhs, const RqExpr& rhs) const override;
+};
 
 /// The rule by which two nodes are ordered without their operands.
 class RqShallowLessThan {
@@ -118,7 +129,10 @@ class RqShallowLessThan {
 };
 
 /// As RqShallowLessThan, with aggregates ordered by their share base first.
-class RqShallowLessThanShareBase : public RqShallowLessThan {};
+class RqShallowLessThanShareBase : public RqShallowLessThan {
+ public:
+  bool operator()(const RqExpr& lhs, const RqExpr& rhs) const override;
+};
 
 /// The total order under the share base rule.
 class RqDeepLessThanShareBase {
@@ -160,9 +174,11 @@ bool LessEquivalentVectorExprs(const ConstRqExprVector& lhs, const ConstRqExprVe
 /// order as something with operator<. A tie is false.
 template <class Class, class KeyFunction>
 bool IsShallowLessThanByKey(const Class& lhs, const RqExpr& rhs, KeyFunction key) {
-  const RqNodeType_e lhsType = lhs.GetObjectType();
-  const RqNodeType_e rhsType = rhs.GetObjectType();
-  if (lhsType != rhsType) return lhsType < rhsType;
+  if (!AreOfOneClass(lhs, rhs)) {
+    const RqNodeType_e lhsType = lhs.GetObjectType();
+    const RqNodeType_e rhsType = rhs.GetObjectType();
+    if (lhsType != rhsType) return lhsType < rhsType;
+  }
   return key(lhs) < key(static_cast<const Class&>(rhs));
 }
 

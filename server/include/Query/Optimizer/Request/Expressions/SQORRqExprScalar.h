@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "Host/DataBlobUtil.h"
 #include "Host/KXAssert.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExpr.h"
+#include "Query/Optimizer/Request/Node/SQORRqFieldBytes.h"
 
 // What the scalar operators and functions have in common. They hold operands for the text and for visitors that tell
 // them apart; nothing here computes a value.
@@ -64,69 +64,6 @@ class RqScalarFunction : public RqNodeImpl<Derived, RqExpr, kKind>, public Slots
 // ---------------------------------------------------------------------------------------------------------------------
 // Fields
 
-/// A field that is an enumeration, and the last of its enumerators, by which damage in bytes is told.
-template <class Class, class Enum>
-struct RqEnumField {
-  Enum Class::*m_pField;
-  Enum m_last;
-};
-template <class Class, class Enum>
-RqEnumField(Enum Class::*, std::type_identity_t<Enum>) -> RqEnumField<Class, Enum>;
-
-/// The byte form of fields: an enumeration travels as uint32, a vector that DataBlobUtil has no form for as an int32
-/// count and its elements, all else in its own form.
-class RqFieldBytes {
- public:
-  template <class Class, class Field>
-  static void Write(ByteVector& bv, const std::type_identity_t<Class>& object, Field Class::*pField) {
-    WriteValue(bv, object.*pField);
-  }
-  template <class Class, class Enum>
-  static void Write(ByteVector& bv, const std::type_identity_t<Class>& object, const RqEnumField<Class, Enum>& field) {
-    DataBlobUtil::ToByteVector(bv, static_cast<std::uint32_t>(object.*field.m_pField));
-  }
-  template <class Class, class Field>
-  static const_iterator Read(const_iterator start, std::type_identity_t<Class>& object, Field Class::*pField) {
-    return ReadValue(start, object.*pField);
-  }
-  template <class Class, class Enum>
-  static const_iterator Read(const_iterator start, std::type_identity_t<Class>& object,
-                             const RqEnumField<Class, Enum>& field) {
-    return DataBlobUtil::FromByteVector(start, object.*field.m_pField, field.m_last);
-  }
-
- private:
-  template <class Value>
-  static void WriteValue(ByteVector& bv, const Value& value) {
-    if constexpr (requires { value.ToByteVector(bv); }) {
-      value.ToByteVector(bv);
-    } else {
-      DataBlobUtil::ToByteVector(bv, value);
-    }
-  }
-  template <class Element>
-  static void WriteValue(ByteVector& bv, const std::vector<Element>& elements) {
-    DataBlobUtil::ToByteVector(bv, static_cast<std::int32_t>(elements.size()));
-    for (const Element& element : elements) WriteValue(bv, element);
-  }
-  template <class Value>
-  static const_iterator ReadValue(const_iterator start, Value& value) {
-    if constexpr (requires { value.FromByteVector(start); }) {
-      return value.FromByteVector(start);
-    } else {
-      return DataBlobUtil::FromByteVector(start, value);
-    }
-  }
-  template <class Element>
-  static const_iterator ReadValue(const_iterator start, std::vector<Element>& elements) {
-    std::int32_t count = 0;
-    start = DataBlobUtil::FromByteVector(start, count);
-    elements.clear();
-    for (std::int32_t i = 0; i < count; ++i) start = ReadValue(start, elements.emplace_back());
-    return start;
-  }
-};
-
 /// A function with fields. The class says which of them take part in what, by tuples of pointers to them: those that
 /// equivalent functions have alike (kComparedFields), those that order functions of one kind, in their order
 /// (kOrderedFields), and those that travel in the payload (kWrittenFields). A tuple that it does not give is empty.
@@ -148,15 +85,10 @@ class RqScalarWithFields : public RqScalarFunction<Derived, kKind, Slots, kNumRe
   }
   void ToByteVector(ByteVector& bv) override {
     Function::ToByteVector(bv);
-    std::apply([&](const auto&... fields) { (RqFieldBytes::Write(bv, Self(), fields), ...); }, Derived::kWrittenFields);
+    RqFieldBytes::Write(bv, Self(), Derived::kWrittenFields);
   }
   const_iterator FromByteVector(const_iterator start) override {
-    start = Function::FromByteVector(start);
-    const auto read = [&](const auto& field) {
-      start = RqFieldBytes::Read(start, static_cast<Derived&>(*this), field);
-    };
-    std::apply([&](const auto&... fields) { (read(fields), ...); }, Derived::kWrittenFields);
-    return start;
+    return RqFieldBytes::Read(Function::FromByteVector(start), static_cast<Derived&>(*this), Derived::kWrittenFields);
   }
 
  protected:

@@ -99,6 +99,8 @@ class RqNode : public CompositeNode {
   };
 
  private:
+  [[gnu::noinline]] void CopyChildren(const RqNode& rhs, bool bNewIDs, bool bDeepCopy);
+
   ServerInfo::TargetType m_targetType = ServerInfo::kUnknown;
   VoidID m_targetID;
 };

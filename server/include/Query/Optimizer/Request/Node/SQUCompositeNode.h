@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "Host/KXString.h"
@@ -64,16 +65,25 @@ class NodeVector {
   CompositeNode* operator[](std::uint32_t i) const { return Data()[i]; }
 
   void PushBack(CompositeNode* pNode) {
-    if (m_size == m_capacity) Grow(m_size + m_size / 2 + 1);
+    if (m_size == m_capacity) [[unlikely]]
+      Grow(m_size + m_size / 2 + 1);
     Data()[m_size++] = pNode;
   }
   CompositeNode* PopBack() { return Data()[--m_size]; }
   /// Appends null slots up to the size given, which is at least the present one.
   void GrowTo(std::uint32_t size) {
     if (size > m_capacity) Grow(size);
-    CompositeNode** const pSlots = Data();
-    for (; m_size < size; ++m_size) pSlots[m_size] = nullptr;
+    if (m_capacity == kInlineSlots) {
+      for (std::uint32_t i = 0; i < kInlineSlots; ++i) {
+        if (i >= m_size) m_inline[i] = nullptr;
+      }
+    } else {
+      std::fill(m_pSlots + m_size, m_pSlots + size, nullptr);
+    }
+    m_size = size;
   }
+  /// Removes the slots, whatever they hold.
+  void Clear() { m_size = 0; }
 
   CompositeNode* const* begin() const { return Data(); }
   CompositeNode* const* end() const { return Data() + m_size; }
@@ -83,8 +93,9 @@ class NodeVector {
 
   CompositeNode** Data() { return m_capacity == kInlineSlots ? m_inline : m_pSlots; }
   CompositeNode* const* Data() const { return m_capacity == kInlineSlots ? m_inline : m_pSlots; }
-  void Grow(std::uint32_t capacity);
-  void FreeSlots();
+  // Rare, and kept out of the callers, which would save registers for it each time.
+  [[gnu::noinline]] void Grow(std::uint32_t capacity);
+  [[gnu::noinline]] void FreeSlots();
 
   std::uint32_t m_size = 0;
   std::uint32_t m_capacity = kInlineSlots;
@@ -132,7 +143,12 @@ class CompositeNode : public PartialNodeImpl {
   /// Hands the child to the caller; the slot stays, null. The index is not checked.
   CompositeNode* ReleaseIthChild(int i);
   /// Appends a slot and takes pNewChild, which may be null.
-  void AddChild(CompositeNode* pNewChild);
+  void AddChild(CompositeNode* pNewChild) {
+    if (pNewChild && pNewChild->m_pParent) [[unlikely]]
+      pNewChild->ReleaseFromParent();
+    m_children.PushBack(pNewChild);
+    if (pNewChild) pNewChild->m_pParent = this;
+  }
   /// Removes the slot that holds pChild. The child moves to the end of pReleaseContainer, or is deleted when that is
   /// null. A pointer that is no child changes nothing.
   void DeleteChild(CompositeNode* pChild, CompositeNode* pReleaseContainer);
@@ -159,7 +175,7 @@ class CompositeNode : public PartialNodeImpl {
   }
   [[noreturn]] static void FailRange();
   void Dismantle();
-  void MoveChildrenTo(NodeVector& work);
+  CompositeNode* ReleaseChildrenTo(CompositeNode* pDoomed);
 
   NodeVector m_children;
   CompositeNode* m_pParent = nullptr;

@@ -49,6 +49,12 @@ struct VoidID;
 ///   RqExprPhysicalSubquery   "Subquery(text of its block)", with ", Number of pushable sources: 2" in front of ")" if
 ///                            there are any
 ///   RqExprPersistSubquery    "select column from table"
+///   RqExprAggrSum            "sum(x by a)"; "sum_SQL99(x)" as a window aggregate
+///   RqExprAggrCountStar      "count(* : '*')"
+///   RqExprAggrRank           "Rank([x desc, y asc] by a)"
+///   RqExprAggrTopN           "topN(x, 10 by a)", and so all kinds with an argument
+///   RqExprAggrRunningSum     "rsum(x by a order by [2 asc, 1 desc ])", the numbers those of columns
+///   RqExprNoAggregate        its first argument
 ///   RqExprEvaluatePredicate  "Evaluate_Predicate( 'definition', operand) ", "not " in front if negated
 ///   a time of day            with a fraction of the second only where there is one; a timestamp in its precision, or
 ///                            with all nine digits where that would hide some: different moments have different texts
@@ -97,6 +103,9 @@ class RqDumpout : public AVisitorRqNode, public AVisitorRqExpr {
   KXString GetDerivedColumnName(const RqDerivedColumn& column) const;
   /// The addresses of the node and its children, and its identity.
   void ShowChildIDs(RqNode& node);
+  /// "(distinct x by a, b SB Amount at_distinct a, b, c)": what stands behind the name of an aggregate. SB is the share
+  /// base, at_distinct the compute break; what an aggregate lacks is left out.
+  void VisitAggr(RqExprAggr& expr);
   void Indent();
   void NewLine();
 
@@ -185,5 +194,11 @@ class RqDumpout : public AVisitorRqNode, public AVisitorRqExpr {
   void PrintWrapperHeader(RqAbstractList& list, std::wstring_view word);
   template <class Entries>
   void PrintMolapJoins(const Entries& entries, std::wstring_view word);
+  void PrintBreak(RqExprAggr& expr, int slot, std::wstring_view word);
+  void PrintBreaks(RqExprAggr& expr);
+  bool PrintAggr(RqExprAggr& expr, std::wstring_view name);
+  bool PrintAggrWithArgument(RqExprAggr& expr, std::wstring_view name);
+  bool PrintRunningAggr(RqExprSortDependentAggr& expr, std::wstring_view name);
+  bool PrintFirstArg(RqExprAggr& expr, std::wstring_view opening, std::wstring_view closing);
   void PrintExternalScript(const ExternalScriptExecutionData& script);
 };

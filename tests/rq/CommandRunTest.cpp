@@ -1,0 +1,134 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "RqTestUtil.h"
+#include "rq/run/SqliteDatabase.h"
+#include "rq/sample/SampleFile.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class CommandRunTest : public testing::Test {
+ protected:
+  /// The sample is made once, in a cache of the tests' own.
+  static void SetUpTestSuite() {
+    const fs::path cache = fs::path(testing::TempDir()) / "rq_cache";
+    fs::remove_all(cache);
+    setenv("XDG_CACHE_HOME", cache.c_str(), 1);
+  }
+
+  static std::string Rows(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "run");
+    const RqRun run = RunRq(arguments);
+    EXPECT_EQ(run.m_status, 0) << run.m_err;
+    return run.m_out;
+  }
+};
+
+TEST_F(CommandRunTest, Formats) {
+  const std::string query =
+      "SELECT 1 AS a, 2.5 AS a, 'x,\"y' AS \"the text\", '' AS empty, NULL AS nothing FROM warehouse WHERE "
+      "warehouse_id < 3";
+  EXPECT_EQ(Rows({query}),
+            "a    a  the text  empty  nothing\n"
+            "-  ---  --------  -----  -------\n"
+            "1  2.5  x,\"y             NULL\n"
+            "1  2.5  x,\"y             NULL\n"
+            "(2 rows)\n");
+  EXPECT_EQ(Rows({"--format", "csv", query}),
+            "a,a,the text,empty,nothing\r\n1,2.5,\"x,\"\"y\",\"\",\r\n1,2.5,\"x,\"\"y\",\"\",\r\n");
+  EXPECT_EQ(Rows({"--format", "json", query + " LIMIT 1"}),
+            "[\n  {\"a\":1,\"a_2\":2.5,\"the text\":\"x,\\\"y\",\"empty\":\"\",\"nothing\":null}\n]\n");
+}
+
+TEST_F(CommandRunTest, Errors) {
+  const std::vector<std::pair<std::vector<std::string>, std::string>> rows{
+      {{"SELECT $1"}, "rq: the parameter ?1 has no value\n"},
+      {{"--rewrite", "split", "SELECT 1"}, "rq: --rewrite takes one of "},
+      {{"--db", "/nowhere/file", "SELECT 1"}, "rq: /nowhere/file: unable to open database file\n"},
+  };
+  for (const auto& [arguments, message] : rows) {
+    std::vector<std::string> line{"run"};
+    line.insert(line.end(), arguments.begin(), arguments.end());
+    const RqRun run = RunRq(line);
+    EXPECT_EQ(run.m_status, 2);
+    EXPECT_EQ(run.m_out, "");
+    EXPECT_EQ(run.m_err.substr(0, message.size()), message);
+  }
+  EXPECT_EQ(RunRq({"run", "SELECT Amount FROM \"Turnover\""}).m_status, 1);
+}
+
+TEST_F(CommandRunTest, Parameters) {
+  EXPECT_EQ(Rows({"--format", "csv", "--param", "2", "--param", "b", "--param", "NULL",
+                  "SELECT $2 AS b, $1 + 1 AS three, $3 AS nothing"}),
+            "b,three,nothing\r\nb,3,\r\n");
+}
+
+/// The rows of a request that is rewritten are those of the request: of one with bounds, row numbers, a common table
+/// expression that a subquery reads first, and references from subqueries into the blocks around them.
+TEST_F(CommandRunTest, RewritesKeepTheRows) {
+  const std::string query =
+      "WITH cities AS (SELECT city, region FROM store WHERE floor_area > 200 OR NOT (closed IS NULL AND store_id < 9)) "
+      "SELECT d.product_id, d.place FROM (SELECT product_id, supplier_id, category_id, ROW_NUMBER() OVER (PARTITION BY "
+      "supplier_id ORDER BY list_price DESC, product_id) AS place FROM product) d "
+      "WHERE (EXISTS (SELECT 1 FROM (SELECT s.supplier_id, s.region FROM supplier s) x WHERE x.supplier_id = "
+      "d.supplier_id AND EXISTS (SELECT 1 FROM cities c WHERE c.region = x.region AND d.category_id < 9)) "
+      "OR d.place = 1 AND d.product_id < 50) AND d.place IN (SELECT LENGTH(city) - 4 FROM cities) "
+      "ORDER BY d.product_id LIMIT 30 OFFSET 2";
+  const std::string rows = Rows({query});
+  EXPECT_NE(rows.find("(30 rows)"), std::string::npos) << rows;
+  for (const char* const rewrite : {"cnf", "dnf", "bytes", "copy"}) {
+    SCOPED_TRACE(rewrite);
+    EXPECT_EQ(Rows({"--rewrite", rewrite, query}), rows);
+    EXPECT_EQ(Rows({"--rewrite", rewrite, "--rewrite", "cnf", "--rewrite", "copy", "--rewrite", "bytes", query}), rows);
+  }
+}
+
+/// What reports rely on: keys that lead somewhere, summaries that are the sums of the details, members without facts,
+/// and the same rows wherever the sample is made. Other rows need another SampleData::kVersion.
+TEST_F(CommandRunTest, Sample) {
+  SqliteDatabase database = OpenSample();
+  const std::vector<std::pair<std::string, std::int64_t>> rows{
+      {"SELECT count(*) FROM sales WHERE ship_date_id NOT IN (SELECT date_id FROM ship_calendar)", 0},
+      {"SELECT count(*) FROM sales s LEFT JOIN retail.product p USING (product_id) WHERE p.sku IS NULL", 0},
+      {"SELECT sum(amount) <> (SELECT sum(amount) FROM sales) FROM summary.sales_month_category", 0},
+      {"SELECT count(*) FROM sales WHERE amount * 4 <> CAST(amount * 4 AS INTEGER) OR amount <> quantity * unit_price",
+       0},
+      {"SELECT count(*) = 0 FROM store WHERE store_id NOT IN (SELECT store_id FROM sales)", 0},
+      {"SELECT count(discount) IN (0, count(*)) FROM sales", 0},
+      {"SELECT count(*) FROM archive.old_sales", 3638},
+      {"SELECT sum(sale_id * 7 + product_id * 13 + customer_id * 29 + date_id + quantity) FROM sales", 433339128806},
+      {"SELECT sum(length(customer_name) + length(ifnull(email, '')) * 3 + ifnull(credit_limit, 1) * 4) FROM customer",
+       3099222},
+  };
+  for (const auto& [query, expected] : rows) {
+    SCOPED_TRACE(query);
+    const SqliteValue value = database.Query(query).m_rows.at(0).at(0);
+    if (const auto* const pReal = std::get_if<double>(&value)) {
+      EXPECT_EQ(*pReal, static_cast<double>(expected));
+    } else {
+      EXPECT_EQ(std::get<std::int64_t>(value), expected);
+    }
+  }
+}
+
+/// Deviations keep their digits where squares would lose them; medians are those of the middle.
+TEST_F(CommandRunTest, FunctionsOfTheConnection) {
+  SqliteDatabase database(":memory:", SqliteDatabase::Access::kReadWrite);
+  const SqliteRows rows = database.Query(
+      "WITH t(x, g) AS (VALUES (1e15 + 1, 1), (1e15 + 3, 1), (NULL, 1), (5, 2)) SELECT stddev_pop(x), stddev_samp(x), "
+      "median(x) FROM t GROUP BY g ORDER BY g");
+  EXPECT_EQ(rows.m_rows[0], (SqliteRow{1.0, std::sqrt(2.0), 1e15 + 2}));
+  EXPECT_EQ(rows.m_rows[1], (SqliteRow{0.0, std::monostate(), 5.0}));
+  const SqliteRows moving = database.Query(
+      "SELECT stddev_pop(x) OVER (ORDER BY x ROWS 1 PRECEDING) FROM (SELECT 1 AS x UNION SELECT 3 UNION SELECT 7)");
+  EXPECT_EQ(moving.m_rows[2], (SqliteRow{2.0}));
+}
+
+}  // namespace
