@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "differential/Differential.h"
+#include "differential/SmallSample.h"
 #include "rq/sample/SampleData.h"
 #include "rq/sql/SqlTarget.h"
 #include "rq/sql/SqlWriter.h"
@@ -14,8 +15,6 @@
 // The example queries on the big sample.
 
 namespace {
-
-using Replacements = std::vector<std::pair<std::string, std::string>>;
 
 /// What an example needs so that SQLite reads it and has one answer to it.
 struct Example {
@@ -101,15 +100,6 @@ const std::map<std::string, Example> kExamples{
 
 /// Over logical tables, which SQLite does not have and no summary answers.
 const std::set<std::string> kLogical{"stock_of_food", "turnover_by_month"};
-
-std::string Replaced(std::string text, const Replacements& replacements) {
-  for (const auto& [what, by] : replacements) {
-    for (std::size_t at = text.find(what); at != text.npos; at = text.find(what, at + by.size())) {
-      text.replace(at, what.size(), by);
-    }
-  }
-  return text;
-}
 
 TEST(Examples, KeepTheirRows) {
   Differential differential;

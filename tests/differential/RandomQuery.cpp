@@ -318,10 +318,12 @@ std::string Grammar::OneGrouping(const Kinds& kinds, const Scope* pOuter, bool b
   }
   text = "SELECT " + SelectList(items) + text;
   for (unsigned i = 0; i < numColumns; ++i) {
-    const std::string place = '{' + std::to_string(i) + '}';
-    for (std::size_t at = text.find(place); at != text.npos; at = text.find(place)) {
-      text.replace(at, place.size(), mask >> i & 1 ? columns[i] : "NULL");
+    for (unsigned same = 0; same < numColumns; ++same) {
+      if (columns[i] == columns[same]) mask |= (mask >> same & 1) << i;
     }
+  }
+  for (unsigned i = 0; i < numColumns; ++i) {
+    text = Replaced(text, {{'{' + std::to_string(i) + '}', mask >> i & 1 ? columns[i] : "NULL"}});
   }
   return text;
 }
@@ -617,28 +619,15 @@ std::string Grammar::Number(ValueKind kind, const Scope& scope, int depth) {
   }
 }
 
-std::string Replaced(std::string text, std::string_view what, std::string_view by) {
-  for (std::size_t at = text.find(what); at != text.npos; at = text.find(what, at + by.size())) {
-    text.replace(at, what.size(), by);
-  }
-  return text;
-}
-
 }  // namespace
 
 RandomQuery MakeRandomQuery(std::uint64_t seed, const std::vector<ModelTable>& tables) {
   // The grammar marks what differs in single words, so that both draw the same.
-  static constexpr std::array<std::array<const char*, 3>, 3> kWords{
-      {{"@DATE ", "DATE ", ""}, {"@VALUES ", "", "VALUES "}, {" @/ ", " / ", " * 1.0 / "}}};
   Grammar grammar(seed, tables, false);
-  std::string text = grammar.Query();
-  std::string reference = Grammar(seed, tables, true).Query();
-  for (const auto& [mark, inText, inReference] : kWords) {
-    text = Replaced(text, mark, inText);
-    reference = Replaced(reference, mark, inReference);
-  }
+  const std::string text = grammar.Query();
   RandomQuery query = grammar.m_about;
-  query.m_text = text;
-  query.m_reference = reference;
+  query.m_text = Replaced(text, {{"@DATE ", "DATE "}, {"@VALUES ", ""}, {" @/ ", " / "}});
+  query.m_reference = Replaced(Grammar(seed, tables, true).Query(),
+                               {{"@DATE ", ""}, {"@VALUES ", "VALUES "}, {" @/ ", " * 1.0 / "}});
   return query;
 }

@@ -123,9 +123,18 @@ void FillSmallSample(SqliteDatabase& database, const std::vector<ModelTable>& ta
   database.Execute(SampleData::GetTables());
   for (unsigned i = 0; i < tables.size(); ++i) {
     const ModelTable& table = tables[i];
-    const unsigned numRows = table.m_joins.empty() ? 12 : 64;
+    const unsigned numRows = table.m_joins.empty() ? 10 : 40;
     std::string text = "INSERT INTO " + table.m_name + " VALUES ";
     for (unsigned row = 0; row < numRows; ++row) text += (row == 0 ? "" : ", ") + RowText(table, i, row, numRows);
     database.Execute(text);
   }
+}
+
+std::string Replaced(std::string text, const Replacements& replacements) {
+  for (const auto& [what, by] : replacements) {
+    for (std::size_t at = text.find(what); at != text.npos; at = text.find(what, at + by.size())) {
+      text.replace(at, what.size(), by);
+    }
+  }
+  return text;
 }

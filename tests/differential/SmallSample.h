@@ -33,9 +33,13 @@ struct ModelTable {
 /// The physical tables of a model, without aliases.
 std::vector<ModelTable> ReadTables(MemoryGateway& gateway);
 
-/// Makes the tables in an empty database and fills them: facts with five dozen rows, members with one dozen, of which some
+/// Makes the tables in an empty database and fills them: facts with forty rows, members with ten, of which some
 /// have no facts. Every column that may be null is, often, and numbers are multiples of 0.25.
 void FillSmallSample(SqliteDatabase& database, const std::vector<ModelTable>& tables);
 
 /// A constant as SQL has it, of those that the tables are filled with or, the last ones, next to them.
 std::string ConstantText(ValueKind kind, unsigned number);
+
+/// The text with each of the one as the other, pair by pair.
+using Replacements = std::vector<std::pair<std::string, std::string>>;
+std::string Replaced(std::string text, const Replacements& replacements);

@@ -202,6 +202,7 @@ class SqlWriter {
   int m_caseDepth = 0;
   std::uint32_t m_depth = 0;  ///< Of blocks in each other.
   int m_numQuantified = 0;
+  int m_numFilters = 0;
   std::map<const RqAbstractList*, Names> m_columnNames;
 
   struct CommonExpr {

@@ -5,6 +5,8 @@
 #include "Query/Optimizer/Request/Aggregates/SQORRqExprAggrRank.h"
 #include "Query/Optimizer/Request/Aggregates/SQORRqExprAggrReport.h"
 #include "Query/Optimizer/Request/Aggregates/SQORRqExprAggrWrapper.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqDerivedTable.h"
+#include "Query/Optimizer/Request/Blocks/SQORRqTableReference.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprLiteral.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprMember.h"
 #include "rq/sql/SqlWriter.h"
@@ -106,6 +108,24 @@ bool IsGroupingOf(const RqExprColumnList& columns, const RqList& block) {
   return true;
 }
 
+/// Whether no two rows of the block have equal values of the columns: those are what its only table is grouped by.
+bool AreRowsAt(const RqExprColumnList& columns, const RqList& block) {
+  const RqJoinSpec* const pJoinSpec = block.GetJoinSpec();
+  if (!pJoinSpec || pJoinSpec->GetNumTableReferences() != 1) return false;
+  const RqTableReference* const pReference = pJoinSpec->GetIthTableReference(0);
+  if (!pReference || !pReference->IsDerivedTableReference()) return false;
+  const RqAbstractList& table = *pReference->GetDerivedTable()->GetInnerList();
+  if (!table.IsRqList()) return false;
+  const RqGroupBy* const pGroupBy = static_cast<const RqList&>(table).GetGroupBy();
+  if (!pGroupBy || pGroupBy->IsGroupingSet()) return false;
+  for (int i = 0; i < pGroupBy->GetNumColumns(); ++i) {
+    const RqDerivedColumn* const pColumn = table.GetProjection()->GetMatchingColumn(pGroupBy->GetIthColumn(i));
+    const RqDerivedColumnReference reference(const_cast<RqDerivedColumn*>(pColumn));
+    if (!pColumn || !columns.HasEquivalentMember(reference)) return false;
+  }
+  return true;
+}
+
 bool IsGrouped(const RqList& list) {
   return list.GetGroupBy() || list.GetHaving() || Has(list.GetProjection(), IsOfGroup);
 }
@@ -135,7 +155,7 @@ SqlExprText SqlWriter::Aggregate(const RqExprAggr& expr) {
   if (std::ranges::find(kAggregates, kind, &AggregateKind::m_kind) == kAggregates.end()) {
     Refuse("an aggregate of this kind", &expr);
   }
-  if (pAggr->GetComputeBreak() && !IsDistinct(*pAggr) && !pAggr->IsComputeBreakRedundant()) {
+  if (pAggr->GetComputeBreak() && !IsDistinct(*pAggr) && !AreRowsAt(*pAggr->GetComputeBreak(), *m_pBlock)) {
     Refuse("an aggregate that is computed at a finer grain", &expr);
   }
   const RqExprColumnList* const pBreak = pAggr->GetControlBreak();

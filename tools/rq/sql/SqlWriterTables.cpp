@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include "Host/KXThread.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqAtomicTable.h"
@@ -215,13 +216,10 @@ class SqlWriter::FromClause {
       const ValueScope indent(m_writer.m_indent, m_writer.m_indent + 2);
       operand.Add(table);
       rest = operand.Place(join == Step::kFull);
+      if (join == Step::kFull) operand.FilterSide(std::exchange(rest, {}));
       text = operand.GetText();
     }
-    if (join == Step::kFull) {
-      text = operand.Filtered(rest, text);
-    } else {
-      std::ranges::copy(rest, std::back_inserter(conds));
-    }
+    std::ranges::copy(rest, std::back_inserter(conds));
     if (operand.m_steps.size() > 1) {
       if (operand.HasOuterJoin()) m_writer.Require(SUFeaturesTable::kFeature_NestedOuterJoin, &table);
       text = '(' + text + ')';
@@ -234,8 +232,7 @@ class SqlWriter::FromClause {
     m_writer.Require(SUFeaturesTable::kFeature_FullOuterJoin, &reference);
     FromClause nest(m_writer);
     nest.Add(*reference.GetLeftTable());
-    const std::vector<const RqExprCond*> rest = nest.Place(true);
-    nest.m_steps.front().m_text = nest.Filtered(rest, nest.m_steps.front().m_text);
+    nest.FilterSide(nest.Place(true));
     std::vector<const RqExprCond*> conds;
     CollectConjuncts(reference.GetSearchCond(), conds);
     nest.AddOperand(Step::kFull, *reference.GetRightTable(), std::move(conds));
@@ -249,13 +246,16 @@ class SqlWriter::FromClause {
     AddStep(Step::kInner, '(' + nest.GetText() + ')', nest.GetTables(), {});
   }
 
-  /// One side of a full join with the conditions that filter it.
-  std::string Filtered(const std::vector<const RqExprCond*>& conds, const std::string& text) {
-    if (conds.empty()) return text;
-    if (m_steps.size() != 1 || !m_steps.front().m_pTable) {
-      m_writer.Refuse("a filter on joined tables of a full join", conds.front());
+  /// Makes the clause one side of a full join, which those conditions filter. What is joined is joined to a single row
+  /// more, by them.
+  void FilterSide(const std::vector<const RqExprCond*>& conds) {
+    if (conds.empty()) return;
+    if (m_steps.size() == 1 && m_steps.front().m_pTable) {
+      m_steps.front().m_text = m_writer.TableWithFilter(*m_steps.front().m_pTable, conds);
+      return;
     }
-    return m_writer.TableWithFilter(*m_steps.front().m_pTable, conds);
+    m_writer.Require(SUFeaturesTable::kFeature_DerivedTables, conds.front());
+    AddStep(Step::kInner, "(SELECT 1) AS F" + std::to_string(++m_writer.m_numFilters), {}, conds);
   }
 
   bool HasOuterJoin() const {
