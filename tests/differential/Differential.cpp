@@ -7,12 +7,12 @@
 
 #include "HostMemory/ModelReader.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqJoinSpec.h"
-#include "rq/rewrite/Rewrites.h"
-#include "rq/TargetDatabase.h"
 #include "rq/rewrite/Grain.h"
 #include "rq/rewrite/RewriteRefusal.h"
+#include "rq/rewrite/Rewrites.h"
 #include "rq/rewrite/SplitBlock.h"
 #include "rq/run/RowWriter.h"
+#include "rq/run/RunDatabase.h"
 #include "rq/sql/SqlParser.h"
 #include "rq/sql/SqlWriter.h"
 
@@ -128,12 +128,15 @@ std::string FirstDifference(SqliteRows expected, SqliteRows actual, const KnownQ
 
 Differential::Differential()
     : m_names((ModelReader::ReadDefault(m_gateway), m_gateway)),
-      m_target(FindTargetDatabase(L"sqlite", m_gateway), m_gateway),
+      m_target(MakeRunDatabase(m_gateway), m_gateway),
       m_database(":memory:", SqliteDatabase::Access::kReadWrite) {}
 
 BuiltList Differential::Build(const std::string& text, QueryObserver* pObserver) {
-  const SqlQuery query(text);
-  return QueryBuilder(text, m_gateway, m_names, pObserver).Build(query.GetSelect());
+  if (!m_parsed || m_text != text) {
+    m_text = text;
+    m_parsed = std::make_unique<SqlQuery>(m_text);
+  }
+  return QueryBuilder(m_text, m_gateway, m_names, pObserver).Build(m_parsed->GetSelect());
 }
 
 std::string Differential::Write(const BuiltList& built) {
@@ -151,7 +154,10 @@ void Differential::CheckRequest(const KnownQuery& query, const SqliteRows& expec
     fault = error.what();
   }
   ++m_counts[rewriting.substr(0, rewriting.find(' '))];
-  EXPECT_EQ(fault, "") << rewriting << " of\n" << query.m_text << "\nas\n" << sql << "\nexpected of\n" << query.m_reference;
+  EXPECT_EQ(fault, "") << rewriting << " of\n"
+                       << query.m_text << "\nas\n"
+                       << sql << "\nexpected of\n"
+                       << query.m_reference;
 }
 
 SqliteRows Differential::CheckRewritings(const KnownQuery& query) {
@@ -171,10 +177,13 @@ bool Differential::CheckSplit(const KnownQuery& query, const SqliteRows& expecte
   GrainReader reader(grain);
   BuiltList built = Build(query.m_text, &reader);
   try {
-    SplitBlock(static_cast<RqList&>(*built.m_list), reader.Take("the grain"), NextTableNumber(*built.m_list), &m_gateway);
+    if (!built.m_list->IsRqList()) throw RewriteRefusal("the query is no single block");
+    SplitBlock(static_cast<RqList&>(*built.m_list), reader.Take("the grain"), NextTableNumber(*built.m_list),
+               &m_gateway);
   } catch (const RewriteRefusal& refusal) {
     const std::string reason = refusal.what();
-    ++m_counts["not split: " + reason.substr(std::min(reason.find(": "), reason.size()))];
+    const std::size_t name = reason.find(" cannot be split: ");
+    ++m_counts["not split: " + (name == reason.npos ? reason : reason.substr(name + 18))];
     return false;
   }
   CheckRequest(query, expected, "split at " + grain, built);
@@ -186,7 +195,8 @@ bool Differential::CheckSplits(const KnownQuery& query, const SqliteRows& expect
   static_cast<void>(Build(query.m_text, &lister));
   std::vector<std::string> grains = lister.m_columns;
   const std::size_t numColumns = grains.size();
-  for (std::size_t i = 0; i + 1 < numColumns; i += 4) grains.push_back(grains[i] + ", " + grains[numColumns - 1 - i / 2]);
+  for (std::size_t i = 0; i + 1 < numColumns; i += 4)
+    grains.push_back(grains[i] + ", " + grains[numColumns - 1 - i / 2]);
   for (const std::string& grain : grains) {
     if (CheckSplit(query, expected, grain)) continue;
     EXPECT_TRUE(bMayNotSplit) << "not split at " << grain << ":\n" << query.m_text;

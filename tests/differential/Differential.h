@@ -1,7 +1,7 @@
 #pragma once
 
-#include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -9,6 +9,7 @@
 #include "HostMemory/RepositoryNames.h"
 #include "rq/run/SqliteDatabase.h"
 #include "rq/sql/QueryBuilder.h"
+#include "rq/sql/SqlParser.h"
 #include "rq/sql/SqlTarget.h"
 
 /// A query whose rows are known.
@@ -52,4 +53,7 @@ class Differential {
   SqlTarget m_target;
   SqliteDatabase m_database;
   std::map<std::string, int> m_counts;
+  // The query that was built last, which is often the next one too.
+  std::string m_text;
+  std::unique_ptr<SqlQuery> m_parsed;
 };

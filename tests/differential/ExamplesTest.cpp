@@ -24,14 +24,16 @@ struct Example {
   /// All of the reference, where it is to be other words altogether.
   std::string m_reference{};
   std::vector<SqliteValue> m_parameters{};
+  std::vector<bool> m_inexact{};
+  Replacements m_inBoth{};  ///< So that it takes no longer than others.
 };
 
 /// In the query and so in the reference: the same answer each day, and on the day of the sample.
 const Replacements kInBoth{{"CURRENT_TIMESTAMP", "TIMESTAMP '2024-06-30 12:00:00'"},
                            {"CURRENT_DATE", "DATE '2024-06-30'"}};
 /// SQLite has one schema, and texts for moments.
-const Replacements kInReferences{
-    {"DATE '", "'"}, {"TIMESTAMP '", "'"}, {"TIME '", "'"}, {"archive.", ""}, {"retail.", ""}, {"ship_calendar", "calendar"}};
+const Replacements kInReferences{{"DATE '", "'"},  {"TIMESTAMP '", "'"}, {"TIME '", "'"},
+                                 {"archive.", ""}, {"retail.", ""},      {"ship_calendar", "calendar"}};
 
 const std::map<std::string, Example> kExamples{
     {"all_places", {.m_bOrdered = true}},
@@ -60,7 +62,9 @@ const std::map<std::string, Example> kExamples{
     {"letter_exceptions", {.m_inReference = {{"1 / 2", "0.5"}}}},
     {"lost_lines", {.m_inReference = {{"IN ((1", "IN (VALUES (1"}}}},
     {"market_basket",
-     {.m_inReference = {{">= ALL", ">="}, {"SELECT c.date_id", "SELECT coalesce(max(c.date_id), 0)"}}}},
+     {.m_inReference = {{">= ALL", ">="}, {"SELECT c.date_id", "SELECT coalesce(max(c.date_id), 0)"}},
+      .m_inBoth = {{"s.store_id IN", "s.customer_id < 99 AND s.store_id IN"},
+                   {"i.warehouse_id =", "i.product_id < 3 AND i.warehouse_id ="}}}},
     {"my_region",
      {.m_inReference = {{"VALUEOF(\"KX_SESSION\".\"REGION\")", "'North'"},
                         {"VALUEOF(\"KX_SESSION\".\"MAX_DISCOUNT\")", "12.5"}},
@@ -79,7 +83,8 @@ const std::map<std::string, Example> kExamples{
                         {"TIMESTAMPDIFF(SQL_TSI_DAY, member_since, '2024-06-30 12:00:00')",
                          "julianday('2024-06-30') - julianday(date(member_since))"}}}},
     {"renamed_columns",
-     {.m_inReference = {{"customer_name, city || ', ' || country", "customer_name AS name, city || ', ' || country AS place"},
+     {.m_inReference = {{"customer_name, city || ', ' || country",
+                         "customer_name AS name, city || ', ' || country AS place"},
                         {"letter (name, place)", "letter"},
                         {"CHAR_LENGTH", "LENGTH"}}}},
     {"repeat_buyers",
@@ -89,11 +94,28 @@ const std::map<std::string, Example> kExamples{
           "SELECT t.customer_id FROM bought t JOIN bought l ON l.customer_id = t.customer_id AND l.n = t.n "
           "WHERE t.year_id = 2024 AND l.year_id = 2023 "
           "AND NOT (t.n = 1 AND t.customer_id IN (SELECT customer_id FROM customer WHERE segment = 'Staff'))"}},
+    {"spread_of_prices",
+     {.m_inReference = {{"STDDEV(", "stddev_samp("}}, .m_inexact = {false, false, false, true, true}}},
     {"three_year_lines",
-     {.m_inReference = {{"SELECT *",
-                         "SELECT product_id, sale_id, line_no, date_id, ship_date_id, customer_id, sales.store_id, "
-                         "promotion_id, sales.quantity, unit_price, sales.amount, discount, cost, calendar_date, "
-                         "old_sales.store_id, old_sales.quantity, old_sales.amount, valid_from_id, valid_to_id, list_price"}}}},
+     {.m_inReference =
+          {{"SELECT *",
+            "SELECT product_id, sale_id, line_no, date_id, ship_date_id, customer_id, sales.store_id, "
+            "promotion_id, sales.quantity, unit_price, sales.amount, discount, cost, calendar_date, "
+            "old_sales.store_id, old_sales.quantity, old_sales.amount, valid_from_id, valid_to_id, list_price"}}}},
+    {"totals_beside_the_details",
+     {.m_reference =
+          "WITH lines AS (SELECT department, brand, customer_id, amount FROM sales JOIN product USING (product_id)) "
+          "SELECT d.department, d.brand, d.turnover, "
+          "(SELECT sum(amount) FROM lines l WHERE l.department = d.department), d.buyers, "
+          "(SELECT count(DISTINCT customer_id) FROM lines l WHERE l.department = d.department), "
+          "rank() OVER (PARTITION BY d.department ORDER BY d.turnover DESC) "
+          "FROM (SELECT department, brand, sum(amount) AS turnover, count(DISTINCT customer_id) AS buyers "
+          "FROM lines GROUP BY 1, 2) d"}},
+    {"turnover_rolled_up",
+     {.m_reference = "WITH l AS (SELECT region, country, amount, store_id FROM sales JOIN store USING (store_id)) "
+                     "SELECT region, country, sum(amount), count(DISTINCT store_id) FROM l GROUP BY 1, 2 "
+                     "UNION ALL SELECT region, NULL, sum(amount), count(DISTINCT store_id) FROM l GROUP BY 1 "
+                     "UNION ALL SELECT NULL, NULL, sum(amount), count(DISTINCT store_id) FROM l"}},
     {"two_years_compared", {.m_bOrdered = true}},
     {"unshipped_sales", {.m_bOrdered = true}},
 };
@@ -104,6 +126,10 @@ const std::set<std::string> kLogical{"stock_of_food", "turnover_by_month"};
 TEST(Examples, KeepTheirRows) {
   Differential differential;
   SampleData::Fill(differential.GetDatabase());
+  // A part of the facts is enough, and some queries compare all with all.
+  differential.GetDatabase().Execute(
+      "DELETE FROM sales WHERE sale_id % 12 <> 0; DELETE FROM old_sales WHERE sale_id % 12 <> 0; "
+      "DELETE FROM inventory WHERE product_id > 40; ANALYZE");
   int numRun = 0;
   for (const auto& entry : std::filesystem::directory_iterator(RQ_SOURCE_DIR "/examples/queries")) {
     const std::string name = entry.path().stem().string();
@@ -112,7 +138,8 @@ TEST(Examples, KeepTheirRows) {
     file << std::ifstream(entry.path()).rdbuf();
     const auto it = kExamples.find(name);
     const Example example = it == kExamples.end() ? Example() : it->second;
-    KnownQuery query{Replaced(file.str(), kInBoth), example.m_reference, example.m_bOrdered, {}, example.m_parameters};
+    KnownQuery query{Replaced(Replaced(file.str(), kInBoth), example.m_inBoth), example.m_reference, example.m_bOrdered,
+                     example.m_inexact, example.m_parameters};
     if (query.m_reference.empty()) {
       query.m_reference = Replaced(Replaced(query.m_text, kInReferences), example.m_inReference);
     }

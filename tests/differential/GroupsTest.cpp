@@ -55,8 +55,9 @@ TEST(Splits, KeepEachAggregateOverEachGroup) {
       {"SELECT region, ", " FROM supplier WHERE rating > 9 GROUP BY region"},
       {"SELECT 1, ", " FROM supplier WHERE rating > 9"},
       // Regions without any.
-      {"SELECT w.c1, ", " FROM (SELECT region AS c1 FROM supplier UNION SELECT 'Centre' FROM supplier) w "
-                        "LEFT JOIN supplier ON supplier.region = w.c1 GROUP BY w.c1"},
+      {"SELECT w.c1, ",
+       " FROM (SELECT region AS c1 FROM supplier UNION SELECT 'Centre' FROM supplier) w "
+       "LEFT JOIN supplier ON supplier.region = w.c1 GROUP BY w.c1"},
   };
   Differential differential;
   differential.GetDatabase().Execute(SampleData::GetTables() + kSuppliers);

@@ -66,7 +66,8 @@ ModelTable ReadTable(const ATable& table, MemoryGateway& gateway) {
 
 /// A row's values: keys count, and all else is scattered. What refers to members finds some, some more than others.
 std::string RowText(const ModelTable& table, unsigned seed, unsigned row, unsigned numRows) {
-  const auto numKeys = std::ranges::count_if(table.m_columns, [](const auto& column) { return column.m_keyPlace >= 0; });
+  const auto numKeys =
+      std::ranges::count_if(table.m_columns, [](const auto& column) { return column.m_keyPlace >= 0; });
   const auto base = static_cast<unsigned>(std::ceil(std::pow(numRows, 1.0 / static_cast<double>(numKeys)) - 1e-9));
   std::string text;
   for (std::size_t i = 0; i < table.m_columns.size(); ++i) {

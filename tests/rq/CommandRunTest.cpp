@@ -118,6 +118,27 @@ TEST_F(CommandRunTest, Sample) {
   }
 }
 
+/// Functions that SQLite has under no name of its own.
+TEST_F(CommandRunTest, FunctionsByOtherMeans) {
+  const std::vector<std::pair<std::string, std::string>> rows{
+      {"RIGHT('abc', 0) || RIGHT('abc', 2) || RIGHT('abc', 9)", "bcabc"},
+      {"REPEAT('ab', 3) || SPACE(2) || INSERT('hello', 2, 3, 'XY')", "ababab  hXYo"},
+      {"LOCATE('a', 'banana', 3) * 100 + LOCATE('x', 'banana', 3) + POSITION('n' IN 'banana')", "403"},
+      {"EXTRACTBIT(5, 2) + MOD(7.5, 2) + 7 / 2", "6.0"},
+      {"DATE '2024-01-31' + INTERVAL '1' MONTH", "2024-02-29"},
+      {"TIMESTAMPADD(SQL_TSI_QUARTER, -1, TIMESTAMP '2023-05-31 10:00:00')", "2023-02-28 10:00:00"},
+      {"TIMESTAMPDIFF(SQL_TSI_MINUTE, TIMESTAMP '2024-01-01 10:00:59', TIMESTAMP '2024-01-01 10:02:00')", "2"},
+      {"TIMESTAMPDIFF(SQL_TSI_HOUR, TIMESTAMP '2023-12-31 23:59:59', TIMESTAMP '2024-01-01 01:00:00')", "2"},
+      {"TIMESTAMPDIFF(SQL_TSI_WEEK, DATE '2024-06-02', DATE '2024-06-03')", "1"},
+      {"TIMESTAMPDIFF(SQL_TSI_QUARTER, DATE '2023-12-31', DATE '2024-04-01')", "2"},
+      {"EXTRACT(DAY_OF_QUARTER FROM DATE '2024-05-03') * 10 + EXTRACT(MONTH_OF_QUARTER FROM DATE '2024-05-03')", "332"},
+      {"EXTRACT(NAME_OF_DAY FROM DATE '2024-02-29') || EXTRACT(NAME_OF_MONTH FROM DATE '2024-12-01')", "ThuDec"},
+  };
+  for (const auto& [expr, value] : rows) {
+    EXPECT_EQ(Rows({"--format", "csv", "SELECT " + expr + " AS v"}), "v\r\n" + value + "\r\n") << expr;
+  }
+}
+
 /// Deviations keep their digits where squares would lose them; medians are those of the middle.
 TEST_F(CommandRunTest, FunctionsOfTheConnection) {
   SqliteDatabase database(":memory:", SqliteDatabase::Access::kReadWrite);

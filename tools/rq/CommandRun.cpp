@@ -4,9 +4,9 @@
 #include <charconv>
 #include <ostream>
 
-#include "rq/rewrite/Rewrites.h"
 #include "rq/io/BlockWriter.h"
 #include "rq/rewrite/RewriteRefusal.h"
+#include "rq/rewrite/Rewrites.h"
 #include "rq/run/RowWriter.h"
 #include "rq/run/RunDatabase.h"
 #include "rq/run/SqliteDatabase.h"
@@ -18,10 +18,10 @@ namespace {
 
 constexpr const char* kFooter =
     R"help(The query is written as SQL for SQLite, as "rq sql --target sqlite" shows it but
-for deviations and medians, of which rq brings functions, and run there. Without --db that is on a sample of the built-in model, which is made
-at first use, in $XDG_CACHE_HOME/rq or ~/.cache/rq, and then only read. LIKE
-tells letter cases apart; dates and times are texts; CURRENT_DATE and the like
-are in UTC.
+for deviations and medians, of which rq brings functions, and run there. Without
+--db that is on a sample of the built-in model, which is made at first use, in
+$XDG_CACHE_HOME/rq or ~/.cache/rq, and then only read. LIKE tells letter cases
+apart; dates and times are texts; CURRENT_DATE and the like are in UTC.
 
 The exit status is 0; 1 if SQLite cannot do what the query needs, or a rewriting
 cannot be done; or 2 if there was an error.

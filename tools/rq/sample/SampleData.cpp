@@ -55,8 +55,9 @@ class Row {
   const SqliteRow& Get() const { return m_values; }
 
  private:
-  Row& Add(SqliteValue value) {
-    m_values.push_back(std::move(value));
+  template <class Value>
+  Row& Add(Value value) {
+    m_values.emplace_back(std::move(value));
     return *this;
   }
 

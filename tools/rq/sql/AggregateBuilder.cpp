@@ -8,6 +8,7 @@
 #include "Query/Optimizer/Request/Aggregates/SQORRqExprAggrPlain.h"
 #include "Query/Optimizer/Request/Aggregates/SQORRqExprAggrWrapper.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprLiteral.h"
+#include "Query/Optimizer/Request/Node/SQORRqNodeUtil.h"
 #include "rq/sql/SqlLexer.h"
 #include "rq/sql/SqlNodeUtil.h"
 #include "rq/sql/SqlSort.h"
@@ -278,6 +279,9 @@ AggregateBuilder::OwnedAggr AggregateBuilder::BuildOver(const AggregateFunction*
   if (bAggregate && m_arguments.size() != (m_bStar ? 0 : 1)) RaiseArguments("x");
   OwnedAggr aggr = bAggregate ? BuildAggregateOver(*pFunction, window) : BuildPlaceOver(window);
   m_pBlock->NoteOverBlock(aggr.Get());
+  if (bAggregate && !aggr->IsSortDependent() && !FoundNodes(aggr->GetAggrExpr(), RqNode::IsAggrNode())) {
+    m_pBlock->NotePlainWindow(m_call);
+  }
   return aggr;
 }
 

@@ -120,6 +120,12 @@ void BlockAggregates::PutOrderOfQuery(RqList& list) {
   m_orders.clear();
 }
 
+void BlockAggregates::CheckWindowsOverGroups() const {
+  if (m_plainWindows.empty()) return;
+  throw SqlError(PlaceOfNode(m_plainWindows.front()),
+                 "a window over groups takes an aggregate, as SUM(COUNT(*)) OVER (...) does");
+}
+
 void BlockAggregates::CheckGroupingIds(const RqGroupBy* pGroupBy) const {
   for (const auto& [pGroupingId, node] : m_groupingIds) {
     const auto& columns =

@@ -43,6 +43,8 @@ class BlockAggregates {
   /// What aggregates over the rows of the block: those of the tables, or their groups.
   void NoteOverBlock(const RqExpr* pAggr) { m_overBlock.insert(pAggr); }
   bool IsOverBlock(const RqExpr* pAggr) const { return m_overBlock.contains(pAggr); }
+  /// A window that aggregates no aggregate: what it says is over the rows of the tables.
+  void NotePlainWindow(SqlNode node) { m_plainWindows.push_back(node); }
   void NoteOrder(AggregateOrder order) { m_orders.push_back(std::move(order)); }
   void NoteGroupingId(const RqExprGroupingId* pGroupingId, SqlNode node) {
     m_groupingIds.emplace_back(pGroupingId, node);
@@ -57,6 +59,9 @@ class BlockAggregates {
   RqDerivedColumn* InsertColumn(RqProjection& projection, OwnedRqExprPtr expr, std::vector<SqlNode>& places,
                                 SqlNode place);
 
+  /// In a block that groups: raises SqlError for a window over the groups that the tree cannot tell from one over the
+  /// rows of the tables, as it aggregates no aggregate.
+  void CheckWindowsOverGroups() const;
   /// Raises SqlError for a GROUPING of anything but what is grouped by.
   void CheckGroupingIds(const RqGroupBy* pGroupBy) const;
 
@@ -64,6 +69,7 @@ class BlockAggregates {
   SqlNode m_windowClause;
   std::size_t m_numOfGroup = 0;
   std::set<const RqExpr*> m_overBlock;
+  std::vector<SqlNode> m_plainWindows;
   std::vector<AggregateOrder> m_orders;
   std::vector<std::pair<const RqExprGroupingId*, SqlNode>> m_groupingIds;
   std::vector<OwnedRqExprPtr> m_dropped;  ///< What a column computes already; kept, since it may have been noted.

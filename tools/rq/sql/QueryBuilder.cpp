@@ -226,6 +226,7 @@ void QueryBuilder::CheckGroups(SqlNode select, QueryScope& scope, const RqList& 
     const RqExpr& expr = *list.GetProjection()->GetIthColumn(static_cast<int>(i))->GetExpr();
     RequireGrouped(expr, list.GetGroupBy(), tables, aggregates, places[i]);
   }
+  aggregates.CheckWindowsOverGroups();
 }
 
 void QueryBuilder::CompileJoins(RqList& list) {

@@ -61,7 +61,7 @@ constexpr auto kFields = std::to_array<Field>({
      "=(CAST(strftime('%m', $1) AS INTEGER) - 1) % 3 + 1", "=(CAST(EXTRACT(MONTH FROM $1) AS integer) - 1) % 3 + 1",
      "=(EXTRACT(MONTH FROM $1) - 1) % 3 + 1", kAdd},
     {KXDateTime::kExtractDayOfQuarter, F::kFeature_CalendarExtract_Day_Of_Quarter,
-     "=CAST(julianday(date($1)) - julianday($1, 'start of month', (1 - CAST(strftime('%m', $1) AS INTEGER)) % 3 || "
+     "=CAST(julianday(date($1)) - julianday($1, 'start of month', ((1 - CAST(strftime('%m', $1) AS INTEGER)) % 3) || "
      "' months') AS INTEGER) + 1",
      "=CAST($1 AS date) - CAST(date_trunc('quarter', $1) AS date) + 1",
      "=CAST($1 AS date) - CAST(date_trunc('quarter', $1) AS date) + 1", kAdd},
