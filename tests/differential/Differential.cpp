@@ -133,6 +133,7 @@ Differential::Differential()
 
 BuiltList Differential::Build(const std::string& text, QueryObserver* pObserver) {
   if (!m_parsed || m_text != text) {
+    m_parsed.reset();
     m_text = text;
     m_parsed = std::make_unique<SqlQuery>(m_text);
   }

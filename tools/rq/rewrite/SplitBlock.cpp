@@ -104,6 +104,8 @@ void RequireSplittable(RqList& block, const std::vector<OwnedRqExprPtr>& grain, 
       throw RewriteRefusal(RqDumpout::StringFrom(pAggr, false, false, pRp).ToUTF8() + " cannot be split: " + pReason);
     }
   }
+  const auto isConstant = [](const OwnedRqExprPtr& column) { return column->IsConstant(); };
+  if (!block.GetGroupBy() && std::ranges::all_of(grain, isConstant)) throw RewriteRefusal("the grain has no column");
   const std::set<int> tables = TableNumbersOf(*block.GetJoinSpec());
   for (const OwnedRqExprPtr& column : grain) {
     if (column->IsAggr() || HoldsAggregate(*column)) throw RewriteRefusal("a column of the grain holds an aggregate");
