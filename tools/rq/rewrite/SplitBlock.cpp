@@ -32,6 +32,14 @@ std::set<int> TableNumbersOf(RqJoinSpec& joinSpec) {
   return numbers;
 }
 
+/// Whether the reference is a column of a list that reads another one, wherever that stands.
+bool IsOfSharedList(const RqNode& reference) {
+  const RqNode* const pColumn = reference.GetParent();
+  if (!pColumn || pColumn->GetObjectType() != kRqDerivedColumn) return false;
+  const RqAbstractList* const pList = static_cast<const RqDerivedColumn*>(pColumn)->GetRqAbstractListContainer();
+  return pList && pList->IsRqSharedList();
+}
+
 /// Whether a subquery in the tree has a column of one of the tables.
 bool HasCorrelatedSubquery(RqNode& tree, const std::set<int>& tables) {
   std::list<RqNode*> subqueries;
@@ -43,7 +51,7 @@ bool HasCorrelatedSubquery(RqNode& tree, const std::set<int>& tables) {
     ForEachRequestNode(*pBlock, [&](RqNode& node) {
       if (node.GetObjectType() == kRqTargetColumn) {
         bFound |= tables.contains(static_cast<RqTargetColumn&>(node).GetSourceTableNumber());
-      } else if (node.GetObjectType() == kRqDerivedColumnReference) {
+      } else if (node.GetObjectType() == kRqDerivedColumnReference && !IsOfSharedList(node)) {
         bFound |= tables.contains(static_cast<RqDerivedColumnReference&>(node).GetSourceTableNumber());
       }
     });
