@@ -10,7 +10,7 @@ namespace {
 TEST(Rewritings, KeepTheRowsOfShapesThatRandomQueriesSeldomHave) {
   static constexpr const char* kQueries[] = {
       // A condition of an inner join that goes to WHERE, beside a disjunction.
-      "SELECT p.product_id FROM product p JOIN (supplier s LEFT JOIN promotion o ON o.promotion_id = s.rating) "
+      "SELECT p.product_id FROM product p JOIN (supplier s LEFT JOIN promotion o ON o.discount_percent > 2) "
       "ON o.promotion_id = p.supplier_id WHERE p.color IS NULL OR p.brand = 'Nova'",
       // The same on one side of a full join.
       "SELECT p.product_id, w.capacity FROM product p JOIN (supplier s LEFT JOIN promotion o "
@@ -20,7 +20,8 @@ TEST(Rewritings, KeepTheRowsOfShapesThatRandomQueriesSeldomHave) {
       "ON s.rating = p.supplier_id JOIN promotion o ON o.promotion_id = p.product_id AND s.region <> 'East') "
       "ON w.warehouse_id = p.product_id",
       // Inner columns with names and expressions that end like a name.
-      "SELECT d.c1, d.c2 FROM (SELECT -p.c1 AS c1, p.c2 || p.c1 AS c2 FROM (SELECT rating AS c1, region AS c2 "
+      "SELECT d.c1, d.c2 FROM (SELECT -p.c1 AS c1, p.c2 || p.c1 AS c2 FROM (SELECT rating + 1 AS c1, UPPER(region) AS "
+      "c2 "
       "FROM supplier) p) d",
       // Readers of one list in each other's reach.
       "WITH w AS (SELECT rating AS c1 FROM supplier) SELECT product_id FROM product WHERE supplier_id IN "
