@@ -72,7 +72,8 @@ void KXString::reserve(std::size_t capacity) {
 
 int KXString::compare(std::wstring_view rhs) const noexcept {
   const std::wstring_view lhs = view();
-  const std::size_t common = std::min(lhs.size(), rhs.size());
+  // Copies share a buffer, and have its whole text.
+  const std::size_t common = lhs.data() == rhs.data() ? 0 : std::min(lhs.size(), rhs.size());
   for (std::size_t i = 0; i < common; ++i) {
     if (lhs[i] != rhs[i]) return static_cast<std::uint32_t>(lhs[i]) < static_cast<std::uint32_t>(rhs[i]) ? -1 : 1;
   }

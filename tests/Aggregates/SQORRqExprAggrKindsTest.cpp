@@ -56,7 +56,10 @@ TEST(AggrKinds, DirectionsOfColumns) {
   EXPECT_EQ(TextOf(*rank), "DENSE_RANK([y desc])") << "in a list of its own";
   EXPECT_EQ(RqExprAggrRowNum(Named('x'), Break("a"), Break("b"), false).GetSortDirections(), down2) << "a is copied";
   EXPECT_EQ(RqExprAggrRowNum(Named('x'), mixed, nullptr, Break("ab"), false).GetSortDirections(), mixed);
-  EXPECT_DEATH(RqExprAggrRank(Named('x'), mixed, nullptr, nullptr, false, true, true),
+  for (RqExpr* const pSingle : {Named('x'), static_cast<RqExpr*>(nullptr)}) {
+    EXPECT_EQ(RqExprAggrRank(pSingle, mixed, nullptr, nullptr, false, true, true).GetSortDirections(), mixed);
+  }
+  EXPECT_DEATH(RqExprAggrRank(Row({Int(1)}), mixed, nullptr, nullptr, false, true, true),
                "pExpr->GetNumOperands\\(\\) == sortDirections.size\\(\\)");
   EXPECT_DEATH(RqExprAggrRowNum(Named('x'), mixed, nullptr, nullptr, false), "pComputeBreak && ");
   EXPECT_DEATH(RqExprAggrRowNum(Named('x'), mixed, nullptr, Break("a"), false), "pComputeBreak && ");

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <string>
 
+#include "ClauseTruth.h"
+
 namespace {
 
 // Clauses as text: a letter is an atom, "(..)" a nested disjunction, "[..]" a nested conjunction. "ab(cd)" as a
@@ -68,6 +70,8 @@ ConjunctionSet ParseSet(const std::string& text) {
   }
   return set;
 }
+/// The Or of the set.
+BitClauseDisjunction OrOf(const ConjunctionSet& set) { return BitClauseDisjunction(BitVector(kWidth), set); }
 std::string SetText(const ConjunctionSet& set) {
   std::string text;
   for (const auto& element : set) text += (text.empty() ? "" : ", ") + Text(Clause(element));
@@ -92,14 +96,17 @@ TEST(BitClauseTest, AbsorptionKeepsTheShortest) {
     BitClauseDisjunction disjunction = Disjunction(row.outer);
     disjunction.AddConjunction(Conjunction(row.added));
     EXPECT_EQ(Text(disjunction), row.result);
+    EXPECT_EQ(ClauseTruth::FirstDifference(Disjunction(row.outer + "[" + row.added + "]"), disjunction), "");
     BitClauseConjunction conjunction = Conjunction(Mirrored(row.outer));
     conjunction.AddDisjunction(Disjunction(row.added));
     EXPECT_EQ(Text(conjunction), Mirrored(row.result));
+    EXPECT_EQ(ClauseTruth::FirstDifference(Conjunction(Mirrored(row.outer) + "(" + row.added + ")"), conjunction), "");
   }
 
   BitClauseDisjunction disjunction = Disjunction("z");
   disjunction.AddUniqueNestedConjunctions(ParseSet("abc, yz, ab, de"));
   EXPECT_EQ(Text(disjunction), "z[ab][de]");
+  EXPECT_EQ(ClauseTruth::FirstDifference(Disjunction("z[abc][yz][ab][de]"), disjunction), "");
 }
 
 TEST(BitClauseTest, ClausesAreEqualAsSetsUnlessTheirOwnKindIsInside) {
@@ -138,7 +145,12 @@ TEST(DistributeTest, FactoringTakesOutWhatAllTermsShare) {
     EXPECT_EQ(Text(common), row.common);
     EXPECT_EQ(SetText(remainder), row.remainder);
     EXPECT_EQ(SetText(set), row.set);
-    if (!row.bFound) remainder.clear_no_delete();
+    if (!row.bFound) {
+      remainder.clear_no_delete();
+      continue;
+    }
+    if (!remainder.empty()) PushBack(common.GetNested(), OrOf(remainder));
+    EXPECT_EQ(ClauseTruth::FirstDifference(OrOf(set), common), "");
   }
 }
 
@@ -179,8 +191,10 @@ template <class ClauseType>
 void CheckDistribute(const std::string& text, const std::string& result) {
   SCOPED_TRACE(text);
   bool bSuccess = false;
-  EXPECT_EQ(DistributeText<ClauseType>(text, false, bSuccess), result);
+  const std::string conjunctive = DistributeText<ClauseType>(text, false, bSuccess);
+  EXPECT_EQ(conjunctive, result);
   EXPECT_TRUE(bSuccess);
+  EXPECT_EQ(ClauseTruth::FirstDifference(Parse<ClauseType>(text), Conjunction(conjunctive)), "");
   EXPECT_EQ(DistributeMirrored<typename ClauseType::Nested>(text), result);
 }
 
@@ -214,6 +228,16 @@ TEST(DistributeTest, ADisjunctionIsMultipliedOutAndAConjunctionJoinsItsTerms) {
   for (const auto& [clause, result] : conjunctions) CheckDistribute<BitClauseConjunction>(clause, result);
 }
 
+template <class ClauseType>
+void CheckRefused(const std::string& text, const std::string& result, bool bMeaningKept) {
+  SCOPED_TRACE(text);
+  bool bSuccess = true;
+  const std::string actual = DistributeText<ClauseType>(text, false, bSuccess);
+  EXPECT_EQ(actual, result);
+  EXPECT_FALSE(bSuccess);
+  EXPECT_EQ(ClauseTruth::FirstDifference(Parse<ClauseType>(text), Conjunction(actual)).empty(), bMeaningKept);
+}
+
 TEST(DistributeTest, TooManyTermsAreRefusedUnlessForcedAtTheTop) {
   struct {
     std::string clause;
@@ -230,17 +254,18 @@ TEST(DistributeTest, TooManyTermsAreRefusedUnlessForcedAtTheTop) {
     bool bSuccess = !row.bSuccess;
     const std::string result = DistributeText<BitClauseDisjunction>(row.clause, row.bForce, bSuccess);
     EXPECT_EQ(bSuccess, row.bSuccess);
-    if (row.bSuccess) {
-      EXPECT_EQ(std::count(result.begin(), result.end(), '('), row.clauses);
-    }
+    EXPECT_EQ(std::count(result.begin(), result.end(), '('), row.clauses);
+    // Wanted: what was refused below the top is missing.
+    EXPECT_EQ(ClauseTruth::FirstDifference(Disjunction(row.clause), Conjunction(result)).empty(), row.bSuccess);
   }
-  bool bSuccess = true;
-  EXPECT_EQ(DistributeText<BitClauseDisjunction>(Pairs(9), false, bSuccess), "(" + Pairs(9) + ")") << "kept nested";
-  EXPECT_EQ(DistributeText<BitClauseDisjunction>("s" + Pairs(9), false, bSuccess), "(s" + Pairs(9) + "[s])");
-  EXPECT_EQ(DistributeText<BitClauseConjunction>("y(tu)(" + Pairs(9) + ")(wx)", false, bSuccess), "y(tu)")
-      << "what was refused and what is behind it is missing";
+  CheckRefused<BitClauseDisjunction>(Pairs(9), "(" + Pairs(9) + ")", true);  // kept nested
+  CheckRefused<BitClauseDisjunction>("s" + Pairs(9), "(s" + Pairs(9) + "[s])", true);
+  // What was refused and what is behind it is missing.
+  CheckRefused<BitClauseConjunction>("y(tu)(" + Pairs(9) + ")(wx)", "y(tu)", false);
+  // The disjunctive form refuses nothing.
   const std::string disjunctive = DistributeMirrored<BitClauseConjunction>(Pairs(9));
-  EXPECT_EQ(std::count(disjunctive.begin(), disjunctive.end(), '('), 512) << "the disjunctive form refuses nothing";
+  EXPECT_EQ(std::count(disjunctive.begin(), disjunctive.end(), '('), 512);
+  EXPECT_EQ(ClauseTruth::FirstDifference(Disjunction(Pairs(9)), Conjunction(disjunctive)), "");
 }
 
 }  // namespace

@@ -36,6 +36,10 @@ Rewritten Rewrite(Rewriter& rewriter, RqExprCond& cond) {
   return result;
 }
 
+OwnedRqExprCondPtr NotOf(const RqExprCond& cond) {
+  return OwnedRqExprCondPtr(new RqExprCondNot(static_cast<RqExprCond*>(cond.DeepExprCopy(false))));
+}
+
 /// The numbers from 1 to count, each behind the prefix, with the separator between.
 std::string Values(int count, const std::string& prefix, const std::string& separator) {
   std::string text;
@@ -117,8 +121,7 @@ TEST(InwardNegationFormTest, EachConditionBecomesTheFormOfTheTableAndKeepsItsMea
     const Rewritten negated = Rewrite(negateCondExpr, *cond);
     EXPECT_EQ(negated.text, row.negated);
     EXPECT_EQ(negated.atoms, row.negatedAtoms);
-    const OwnedRqExprCondPtr notCond(new RqExprCondNot(static_cast<RqExprCond*>(cond->DeepExprCopy(false))));
-    EXPECT_EQ(FirstDifference(*notCond, negated.cond.Get(), true), "");
+    EXPECT_EQ(FirstDifference(*NotOf(*cond), negated.cond.Get(), true), "");
   }
 }
 
@@ -151,9 +154,13 @@ TEST(InwardNegationFormTest, ListsStayWholeUntilANegatedConnectiveForgetsToSayIt
     SCOPED_TRACE(row.input);
     const OwnedRqExprCondPtr cond = ParseCond(row.input);
     InwardNegationForm inwardNegationForm(false);
-    EXPECT_EQ(Rewrite(inwardNegationForm, *cond).text, row.inward);
+    const Rewritten inward = Rewrite(inwardNegationForm, *cond);
+    EXPECT_EQ(inward.text, row.inward);
+    EXPECT_EQ(FirstDifference(*cond, inward.cond.Get(), true), "");
     NegateCondExpr negateCondExpr(false);
-    EXPECT_EQ(Rewrite(negateCondExpr, *cond).text, row.negated);
+    const Rewritten negated = Rewrite(negateCondExpr, *cond);
+    EXPECT_EQ(negated.text, row.negated);
+    EXPECT_EQ(FirstDifference(*NotOf(*cond), negated.cond.Get(), true), "");
   }
 }
 

@@ -38,7 +38,7 @@ const char* const kDnfLimit = "TELMA_DNF_COMPLEXITY_LIMIT";
 /// What the three converters make of a condition.
 struct Forms {
   OwnedRqExprCondPtr cnf;
-  ConstRqExprVector conjuncts;  // of cnf
+  ConstRqExprVector conjuncts;  // of cnf; both only where lists are expanded
   bool bCnfSuccess = false;
   OwnedRqExprCondVector ownedConjuncts;
   bool bOwnedSuccess = false;
@@ -50,10 +50,10 @@ Forms Convert(const RqExprCond& cond, bool bConvertCondIn = true) {
   ToCNF toCNF;
   if (bConvertCondIn) {
     forms.cnf = toCNF(cond);
+    toCNF.GetConjuncts(forms.conjuncts);
   } else {
     toCNF.GenerateCNF(cond, false, false, -1);
   }
-  toCNF.GetConjuncts(forms.conjuncts);
   forms.bCnfSuccess = toCNF.GetConversionSuccess();
   ToCNFConjuncts toCNFConjuncts;
   toCNFConjuncts.GenerateOwnedCNFConjuncts(cond, bConvertCondIn);
@@ -136,6 +136,11 @@ const Row kRows[] = {
     {"(a=1 & !a=1) | b=1", "b=1", "b=1", kKeptWithoutNulls},
     // The order does not tell a predicate of the target from its negation, so both are the atom that comes first.
     {"Pred(a) & (b=1 | NotPred(a))", "NotPred(a)", "NotPred(a)", kLost},
+    // Constants are known by form: two parameters are two values, and none of them is null.
+    {"?1=?2 | a=1", "a=1", "a=1", kLost},
+    {"?1<>?2 & a=1", "a=1", "a=1", kLost},
+    {"In(?1,?2,2) | a=1", "a=1 | 2=?1", "a=1; 2=?1", kLost},
+    {"NotNull(?3) & a=1", "a=1", "a=1", kLost},
     // An Or loses an operand that is nothing but true atoms.
     {"a=1 | (1=1 & 2=2)", "a=1", "a=1", kLost},
     {"MultiIn(a,b;1,2) | IsNull(a)", "IsNull(a) | MultiIn(a,b;1,2)", "IsNull(a); MultiIn(a,b;1,2)"},
@@ -184,6 +189,14 @@ TEST(NormalFormTest, ListsStayWholeWhereAskedFor) {
   const Forms forms = Convert(*cond, false);
   EXPECT_EQ(CondTexts(forms.ownedConjuncts), "b=1 | In(c,1,2); In(a,1,2) | In(c,1,2)");
   EXPECT_EQ(CondTexts(forms.disjuncts), "In(c,1,2); b=1 & In(a,1,2)");
+  EXPECT_EQ(FirstDifference(*cond, forms.ownedConjuncts, true, true), "");
+  EXPECT_EQ(FirstDifference(*cond, forms.disjuncts, false, true), "");
+  ToCNF toCNF;
+  toCNF.GenerateCNF(*cond, false, false, -1);
+  ConstRqExprVector conjuncts;
+  toCNF.GetConjuncts(conjuncts);
+  EXPECT_EQ(CondTexts(conjuncts), "b=1 | In(c,1,2); In(a,1,2) | In(c,1,2)");
+  EXPECT_EQ(FirstDifference(*cond, conjuncts, true, true), "");
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

@@ -13,10 +13,12 @@
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCondSpecial.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqColumn.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprLiteral.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprParam.h"
 #include "Query/Optimizer/Request/Node/SQORRqNodeUtil.h"
 
 // The meaning of conditions, by trying: a condition is evaluated on every row over its columns, where a column takes
-// each value of a small domain and null. It knows SQL's three truth values and nothing of the rewriting under test.
+// each value of a small domain and null. The parameters ?1 and ?2 are 1, and others are null. It knows SQL's three
+// truth values and nothing of the rewriting under test.
 
 enum class Truth { kFalse, kUnknown, kTrue };
 
@@ -101,6 +103,7 @@ class TruthTable {
  private:
   static Value ValueOf(const RqExpr& expr, const Row& row) {
     if (expr.GetObjectType() == kRqExprIntegerLiteral) return static_cast<const RqExprIntegerLiteral&>(expr).GetValue();
+    if (expr.IsParam()) return static_cast<const RqExprParam&>(expr).GetParamNumber() < 3 ? Value(1) : Value();
     return expr.IsTargetColumn() ? row[ColumnIndex(expr)] : Value();
   }
   static std::size_t ColumnIndex(const RqExpr& column) {

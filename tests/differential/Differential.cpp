@@ -7,6 +7,7 @@
 
 #include "HostMemory/ModelReader.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqJoinSpec.h"
+#include "Query/Optimizer/Request/Text/SQORPlanChecker.h"
 #include "rq/rewrite/Grain.h"
 #include "rq/rewrite/RewriteRefusal.h"
 #include "rq/rewrite/Rewrites.h"
@@ -100,6 +101,12 @@ std::string RowText(const SqliteRow& row) {
   return text + ')';
 }
 
+MemoryGateway& ReadModels(const std::string& path, MemoryGateway& gateway) {
+  ModelReader::ReadDefault(gateway);
+  if (!path.empty()) ModelReader::ReadFile(path, gateway);
+  return gateway;
+}
+
 }  // namespace
 
 std::string FirstDifference(SqliteRows expected, SqliteRows actual, const KnownQuery& query) {
@@ -126,8 +133,8 @@ std::string FirstDifference(SqliteRows expected, SqliteRows actual, const KnownQ
   return {};
 }
 
-Differential::Differential()
-    : m_names((ModelReader::ReadDefault(m_gateway), m_gateway)),
+Differential::Differential(const std::string& modelPath)
+    : m_names(ReadModels(modelPath, m_gateway)),
       m_target(MakeRunDatabase(m_gateway), m_gateway),
       m_database(":memory:", SqliteDatabase::Access::kReadWrite) {}
 
@@ -187,6 +194,7 @@ bool Differential::CheckSplit(const KnownQuery& query, const SqliteRows& expecte
     ++m_counts["not split: " + (name == reason.npos ? reason : reason.substr(name + 18))];
     return false;
   }
+  EXPECT_EQ(PlanChecker::CheckPlan(&m_gateway, *built.m_list), 0) << "split at " << grain << ":\n" << query.m_text;
   CheckRequest(query, expected, "split at " + grain, built);
   return true;
 }

@@ -27,7 +27,8 @@ std::string FirstDifference(SqliteRows expected, SqliteRows actual, const KnownQ
 /// Holds rewritings of queries against the rows that SQLite gives for the queries.
 class Differential {
  public:
-  Differential();
+  /// Over the built-in model and, behind it, the model of a file if one is named.
+  explicit Differential(const std::string& modelPath = {});
 
   SqliteDatabase& GetDatabase() { return m_database; }
   MemoryGateway& GetGateway() { return m_gateway; }

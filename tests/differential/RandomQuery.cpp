@@ -9,11 +9,14 @@
 // What the grammar does not say, since there a rule wants another answer than SQLite's:
 //
 //   x = x, x < 1 OR NOT x < 1     the normal forms take a condition and its negation, or a value and itself, for
-//                                 complete, although neither holds for null. So no two comparisons of a block have the
-//                                 same two sides
-//   1 < 2                         a condition of constants alone may drop out of a normal form as always true where it
-//                                 stands in a disjunction, and SQLite takes one of a join in front of a RIGHT or FULL
-//                                 JOIN for one of all rows. So there is a column in each
+//                                 complete, although neither holds for null, and rq leaves a filter with such a part
+//                                 as it stands, which tests nothing. So no two comparisons of a block have the same
+//                                 two sides
+//   1 = 2, 1 + 2 = 0 + 3          the normal forms leave out an equality of constants alone: of one and itself as
+//                                 always true, and of two of one kind that are written differently as always false,
+//                                 whatever they come out as. rq leaves most filters with such a part as they stand, and
+//                                 SQLite takes a condition of constants of a join in front of a RIGHT or FULL JOIN for
+//                                 one of all rows. So there is a column in each
 //   a / b                         is the division of numbers, and SQLite's of integers. The reference casts
 //   a sum of what was divided     depends on the order in which it is summed up, so there is none. Deviations do, too:
 //                                 they stand in no condition and no sort, and their last digits are not compared

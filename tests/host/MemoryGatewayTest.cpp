@@ -111,11 +111,29 @@ TEST(ARpObject, QualifiedNamesGoFromTheOutermostContainerDown) {
   EXPECT_THROW(lasso.GetQualifiedName(&gateway), ErrorMessage);
 }
 
+TEST(Expr, ObjectsAndTextAreThoseOfTheAttribute) {
+  MemoryGateway gateway;
+  const VoidID cost = gateway.MakeObject<MemoryAttribute>(1u, L"cost").GetID();
+  const VoidID tax = gateway.MakeObject<MemoryAttribute>(2u, L"tax").SetExpr({cost}, L"cost / 5").GetID();
+  const auto& total = gateway.MakeObject<MemoryAttribute>(3u, L"total").SetExpr({tax, cost}, L"tax + cost");
+  for (const bool bRecursive : {false, true}) {
+    VoidIDCollector collector(bRecursive);
+    collector.Collect(&gateway, total.GetExpr());
+    collector.Collect(&gateway, Expr());
+    VoidIDVector ids;
+    collector.GetVoidIDs(ids);
+    EXPECT_EQ(ids, bRecursive ? (VoidIDVector{tax, cost, cost}) : (VoidIDVector{tax, cost}));
+  }
+  EXPECT_EQ(ToPrettyStringVisitor::StringFrom(total.GetExpr(), &gateway), L"tax + cost");
+  EXPECT_EQ(ToPrettyStringVisitor::StringFrom(Expr(), &gateway), L"");
+}
+
 TEST(MemoryGatewayDeathTest, BrokenPromises) {
   MemoryGateway gateway;
   gateway.MakeObject<MemoryEntity>(1u, L"a");
   EXPECT_DEATH(gateway.MakeObject<MemoryEntity>(1u, L"b"), "!entry.m_pObject");
   EXPECT_DEATH(gateway.ReleaseObjectRef(VoidID(kTIDAEntity, 2)), "found != m_objects.end\\(\\)");
+  EXPECT_DEATH(gateway.ReleaseObjectRef(VoidID(kTIDAEntity, 1)), "entry.m_refCount > 0");
   const auto leaveAHandle = [] {
     RefAEntity handle;
     MemoryGateway shortLived;

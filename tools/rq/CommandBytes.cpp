@@ -53,7 +53,7 @@ bool IsQuery(const std::string& text) {
 }  // namespace
 
 void CommandBytes::Define(CLI::App& app) {
-  app.add_option("TEXT", m_text, "The condition or the query to write")->type_name("");
+  app.add_option("TEXT", CLI::callback_t(), "The condition or the query to write")->type_name("");
   app.add_option("--out", m_out, "Write the bytes to a file")->type_name("FILE");
   app.add_option("--in", m_in, "Read the bytes of a file and print the text form")->type_name("FILE");
   app.add_option("--model", m_model, "The model of a query's tables, a file of JSON")->type_name("FILE");
@@ -62,29 +62,30 @@ void CommandBytes::Define(CLI::App& app) {
 
 int CommandBytes::Run(CommandStreams& streams) {
   if (m_in.empty()) {
-    if (m_text.empty()) throw UsageError("nothing to do: give a condition or a query, or --in FILE");
+    if (GetTexts().empty()) throw UsageError("nothing to do: give a condition or a query, or --in FILE");
     return Write(streams);
   }
-  if (!m_text.empty() || !m_out.empty() || m_model) {
+  if (!GetTexts().empty() || !m_out.empty() || m_model) {
     throw UsageError("--in goes with no text, with no --out and with no --model");
   }
   return Read(streams);
 }
 
 int CommandBytes::Write(CommandStreams& streams) const {
+  const std::string& text = GetTexts()[0];
   MemoryGateway gateway;  // outlives the tree
   Heap<RqNode> tree;
   try {
-    if (IsQuery(m_text)) {
+    if (IsQuery(text)) {
       ReadModel(m_model, gateway);
       const RepositoryNames names(gateway);
-      const SqlQuery query(m_text);
-      tree = QueryBuilder(m_text, gateway, names).Build(query.GetSelect()).m_list;
+      const SqlQuery query(text);
+      tree = QueryBuilder(text, gateway, names).Build(query.GetSelect()).m_list;
     } else {
-      tree = ParseCondition(m_text);
+      tree = ParseCondition(text);
     }
   } catch (const SqlError& error) {
-    streams.m_err << MessageText("", error, m_text);
+    streams.m_err << MessageText("", error, text);
     return kExitError;
   }
   const ByteVector bytes = WriteRequest(*tree);
@@ -92,10 +93,10 @@ int CommandBytes::Write(CommandStreams& streams) const {
 
   std::list<RqNode*> nodes;
   tree->GetObjects(nodes);
-  char text[96];
-  std::snprintf(text, sizeof text, "%zu bytes, %zu nodes, %.1f bytes a node\n", bytes.size(), nodes.size(),
+  char line[96];
+  std::snprintf(line, sizeof line, "%zu bytes, %zu nodes, %.1f bytes a node\n", bytes.size(), nodes.size(),
                 static_cast<double>(bytes.size()) / static_cast<double>(nodes.size()));
-  Print(streams, text);
+  Print(streams, line);
   return kExitSuccess;
 }
 

@@ -19,7 +19,6 @@ class CommandBytes final : public Command {
   int Write(CommandStreams& streams) const;
   int Read(CommandStreams& streams) const;
 
-  std::string m_text;
   std::string m_out;
   std::string m_in;
   std::optional<std::string> m_model;

@@ -46,7 +46,7 @@ int CommandExplain::Run(CommandStreams& streams) {
   }
   MemoryGateway gateway;
   QueryStages stages(gateway);
-  const std::optional<BuiltList> built = m_input.Build(gateway, streams, m_bStages ? &stages : nullptr);
+  const std::optional<BuiltList> built = m_input.Build(GetTexts(), gateway, streams, m_bStages ? &stages : nullptr);
   if (!built) return kExitError;
 
   std::string output;

@@ -26,8 +26,11 @@ B is not implied; for text it is looked for among the values that occur in the
 conditions, their neighbours and NULL. Parameters count as columns.
 
 A column compared with itself, and a condition or its negation, count as true,
-even where NULL makes them unknown, and texts that differ in blanks at the end
-count as the same; in text a row shows it where that matters.
+even where NULL makes them unknown; constants of one kind that are written
+differently count as different, $1 and $2, 1 + 2 and 0 + 3, CURRENT_DATE and a
+date among them; and texts that differ in blanks at the end count as the same.
+In text a row shows it where that matters, or the reason stands alone where no
+row can be tried.
 
 A file has a pair on each line, with a tab between the two; blank lines and
 lines that begin with -- are passed over, and - is the standard input. VALUEOF
@@ -63,7 +66,7 @@ std::size_t FindTab(std::string_view line) {
 }  // namespace
 
 void CommandImplies::Define(CLI::App& app) {
-  app.add_option("CONDITIONS", m_conditions, "A and B, two conditions")->type_name("")->expected(0, -1);
+  app.add_option("CONDITIONS", CLI::callback_t(), "A and B, two conditions")->type_name("")->expected(0, -1);
   app.add_option("--file", m_file, "Read pairs from a file")->type_name("FILE");
   app.add_option("--format", m_format,
                  "text: to read, the default for two conditions; json: an object a pair, the default for a file")
@@ -80,10 +83,10 @@ bool CommandImplies::IsJson() const { return m_format ? *m_format == "json" : m_
 int CommandImplies::Run(CommandStreams& streams) {
   SetSessionValues(m_settings, m_gateway);
   if (m_file) {
-    if (!m_conditions.empty()) throw UsageError("conditions and --file do not go together");
+    if (!GetTexts().empty()) throw UsageError("conditions and --file do not go together");
     return RunLines(streams);
   }
-  if (m_conditions.size() != std::tuple_size_v<Texts>)
+  if (GetTexts().size() != std::tuple_size_v<Texts>)
     throw UsageError("two conditions are needed, A and B, or --file FILE");
   return RunArguments(streams);
 }
@@ -92,9 +95,9 @@ int CommandImplies::RunArguments(CommandStreams& streams) {
   std::size_t current = 0;
   ImplicationAnswer answer;
   try {
-    answer = Answer({m_conditions[0], m_conditions[1]}, current);
+    answer = Answer({GetTexts()[0], GetTexts()[1]}, current);
   } catch (const SqlError& error) {
-    streams.m_err << MessageText(current == 0 ? "condition A, " : "condition B, ", error, m_conditions[current]);
+    streams.m_err << MessageText(current == 0 ? "condition A, " : "condition B, ", error, GetTexts()[current]);
     return kExitError;
   }
   BlockWriter writer(streams.m_out);

@@ -35,6 +35,5 @@ class CommandImplies final : public Command {
   std::optional<std::string> m_format;
   std::optional<std::string> m_file;
   std::vector<std::string> m_settings;
-  std::vector<std::string> m_conditions;
   MemoryGateway m_gateway;
 };

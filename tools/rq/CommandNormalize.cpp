@@ -1,7 +1,7 @@
 #include "rq/CommandNormalize.h"
 
 #include <CLI/CLI.hpp>
-#include <climits>
+#include <charconv>
 #include <utility>
 
 #include "rq/CommandLine.h"
@@ -14,6 +14,7 @@
 namespace {
 
 constexpr const char* kStandardInput = "-";
+constexpr std::size_t kMaxQuotedCharacters = 40;
 
 constexpr const char* kConditionsHelp =
     R"help(Conditions come as arguments, one each, or one a line from a file or the
@@ -52,10 +53,20 @@ std::string FunctionsHelp() {
   return lines.append(line).append(1, '\n');
 }
 
+/// What is wrong with the text of a limit, which is to be as it would be printed; empty if nothing is.
+std::string WhyNoLimit(const std::string& text) {
+  int limit = 0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), limit);
+  if (result.ec == std::errc() && limit >= -1 && std::to_string(limit) == text) return {};
+  return '\'' + ForMessage(text, kMaxQuotedCharacters) + "' is no decimal integer from -1 to 2147483647";
+}
+
 }  // namespace
 
 void CommandNormalize::Define(CLI::App& app) {
-  app.add_option("CONDITION", m_conditions, "Conditions; - alone stands for the standard input")->type_name("");
+  app.add_option("CONDITION", CLI::callback_t(), "Conditions; - alone stands for the standard input")
+      ->type_name("")
+      ->expected(0, -1);
   app.add_option("--file", m_file, "Read the conditions from a file")->type_name("FILE");
   app.add_option("--form", m_form,
                  "cnf: the conjunctive form; cnf-conjuncts: its conjuncts, each by itself; dnf: the disjuncts")
@@ -70,7 +81,7 @@ void CommandNormalize::Define(CLI::App& app) {
   app.add_flag("--force", m_options.m_bForce, "Convert whatever it may cost (cnf, dnf)");
   app.add_option("--limit", m_options.m_limit,
                  "Estimated clauses above which no conversion is tried; 0: no limit, -1: the environment's (cnf, dnf)")
-      ->check(CLI::Range(-1, INT_MAX).description(""))
+      ->check(WhyNoLimit)
       ->type_name("N")
       ->capture_default_str();
   app.footer(kConditionsHelp + FunctionsHelp() + kExamplesHelp);
@@ -78,9 +89,9 @@ void CommandNormalize::Define(CLI::App& app) {
 
 int CommandNormalize::Run(CommandStreams& streams) {
   ReadOptions(streams);
-  const bool bIsDash = m_conditions.size() == 1 && m_conditions[0] == kStandardInput;
-  const bool bHasArguments = !m_conditions.empty() && !bIsDash;
-  if (!m_conditions.empty() && m_file) throw UsageError("conditions and --file do not go together");
+  const bool bIsDash = GetTexts().size() == 1 && GetTexts()[0] == kStandardInput;
+  const bool bHasArguments = !GetTexts().empty() && !bIsDash;
+  if (!GetTexts().empty() && m_file) throw UsageError("conditions and --file do not go together");
   if (bHasArguments) return RunArguments(streams);
   const ConditionStreamOptions options{
       m_file && *m_file != kStandardInput ? *m_file : "standard input",
@@ -107,13 +118,13 @@ void CommandNormalize::ReadOptions(CommandStreams& streams) {
 int CommandNormalize::RunArguments(CommandStreams& streams) const {
   OwnedRqExprCondVector conditions;
   bool bAllGood = true;
-  for (std::size_t i = 0; i < m_conditions.size(); ++i) {
-    const std::string& text = m_conditions[i];
+  for (std::size_t i = 0; i < GetTexts().size(); ++i) {
+    const std::string& text = GetTexts()[i];
     try {
       conditions.push_back(ParseCondition(text));
     } catch (const SqlError& error) {
       bAllGood = false;
-      const std::string where = m_conditions.size() > 1 ? "condition " + std::to_string(i + 1) + ", " : "";
+      const std::string where = GetTexts().size() > 1 ? "condition " + std::to_string(i + 1) + ", " : "";
       streams.m_err << MessageText(where, error, text);
     }
   }

@@ -2,7 +2,6 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "rq/Command.h"
 #include "rq/NormalForm.h"
@@ -29,6 +28,5 @@ class CommandNormalize final : public Command {
   std::string m_form = "cnf";
   std::string m_format = "text";
   std::optional<std::string> m_file;
-  std::vector<std::string> m_conditions;
   NormalizeOptions m_options;
 };

@@ -5,14 +5,18 @@
 
 #include "Host/BaseStringUtil.h"
 #include "HostMemory/RepositoryNames.h"
+#include "Query/Optimizer/Request/Text/SQORPlanChecker.h"
 #include "rq/CommandLine.h"
 #include "rq/io/BlockWriter.h"
 #include "rq/rewrite/RewriteRefusal.h"
 #include "rq/rewrite/SplitBlock.h"
 #include "rq/rewrite/SummaryAnswer.h"
 #include "rq/sql/SqlTarget.h"
+#include "rq/sql/SqlText.h"
 
 namespace {
+
+constexpr std::size_t kMaxQuotedCharacters = 40;
 
 constexpr const char* kSplitFooter =
     R"help(The inner block groups by the columns of the query's own GROUP BY and by those of
@@ -20,7 +24,8 @@ constexpr const char* kSplitFooter =
 over the tables of the query, by the names that they have there.
 
 The exit status is 0; 1 if the query cannot be split, and then standard error
-names the aggregate and the reason; or 2 if there was an error.
+names the aggregate and the reason, or if the tree was found to be damaged; or 2
+if there was an error.
 
 Examples:
   rq split --grain product_id "SELECT date_id, AVG(amount) FROM sales GROUP BY date_id"
@@ -32,8 +37,8 @@ a source of one of them and less detailed than another source. Aggregates are
 rewritten onto its columns, by the rules of the model's measures.
 
 The exit status is 0; 1 if the table does not have the answer, and then standard
-error names the aggregate or the column that has no mapping; or 2 if there was an
-error.
+error names the aggregate or the column that has no mapping, or if the tree was
+found to be damaged; or 2 if there was an error.
 
 Examples:
   rq answer --from sales_month_category --format sql \
@@ -49,7 +54,7 @@ void CommandRewrite::Define(CLI::App& app) {
 
 int CommandRewrite::Run(CommandStreams& streams) {
   MemoryGateway gateway;
-  std::optional<BuiltList> built = m_input.Build(gateway, streams, GetObserver());
+  std::optional<BuiltList> built = m_input.Build(GetTexts(), gateway, streams, GetObserver());
   if (!built) return kExitError;
   try {
     if (!built->m_list->IsRqList()) throw RewriteRefusal("the query is no single block");
@@ -57,7 +62,7 @@ int CommandRewrite::Run(CommandStreams& streams) {
     BlockWriter writer(streams.m_out);
     writer.Append(m_format.Write(*built, gateway));
     writer.Flush();
-    return kExitSuccess;
+    return PlanChecker::CheckPlan(&gateway, *built->m_list) == 0 ? kExitSuccess : kExitNo;
   } catch (const RewriteRefusal& refusal) {
     streams.m_err << "rq: " << refusal.what() << '\n';
   } catch (const SqlWriteError& error) {
@@ -95,7 +100,11 @@ void CommandAnswer::DefineOwn(CLI::App& app) {
 
 void CommandAnswer::Rewrite(RqList& block, MemoryGateway& gateway) {
   const RepositoryNames names(gateway);
-  const NameLookup table = names.FindPhysicalTable(SplitQualifiedName(BaseStringUtil::StdStringToString(m_from)));
+  const KXStringVector path = SplitQualifiedName(BaseStringUtil::StdStringToString(m_from));
+  if (path.empty()) {
+    throw std::runtime_error("--from: '" + ForMessage(m_from, kMaxQuotedCharacters) + "' is no name of a table");
+  }
+  const NameLookup table = names.FindPhysicalTable(path);
   if (!table) throw std::runtime_error("--from: " + table.m_cause.ToUTF8());
   SummaryAnswer(gateway, table.m_id).Answer(block, NextTableNumber(block));
 }

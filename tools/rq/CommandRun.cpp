@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <charconv>
+#include <cmath>
 #include <ostream>
 
 #include "rq/io/BlockWriter.h"
@@ -39,7 +40,8 @@ SqliteValue ReadParameter(const std::string& text) {
     return integer;
   }
   double real = 0;
-  if (const auto result = std::from_chars(text.data(), end, real); result.ec == std::errc() && result.ptr == end) {
+  if (const auto result = std::from_chars(text.data(), end, real);
+      result.ec == std::errc() && result.ptr == end && std::isfinite(real)) {
     return real;
   }
   if (text == "NULL") return std::monostate();
@@ -68,7 +70,7 @@ void CommandRun::Define(CLI::App& app) {
 int CommandRun::Run(CommandStreams& streams) {
   MemoryGateway gateway;
   Rewrites rewrites(m_rewrites);
-  std::optional<BuiltList> built = m_input.Build(gateway, streams, &rewrites.GetObserver());
+  std::optional<BuiltList> built = m_input.Build(GetTexts(), gateway, streams, &rewrites.GetObserver());
   if (!built) return kExitError;
   std::string sql;
   try {
@@ -84,8 +86,18 @@ int CommandRun::Run(CommandStreams& streams) {
   }
   std::vector<SqliteValue> parameters;
   for (const std::string& parameter : m_parameters) parameters.push_back(ReadParameter(parameter));
+  if (m_db && m_db->empty()) throw std::runtime_error("--db takes the name of a file");
   SqliteDatabase database(m_db ? *m_db : GetSampleFile(), SqliteDatabase::Access::kReadOnly);
-  const SqliteRows rows = database.Query(sql, parameters);
+  SqliteRows rows;
+  try {
+    rows = database.Query(sql, parameters);
+  } catch (const SqliteLimitError& error) {
+    streams.m_err << "rq: SQLite cannot run the query: " << error.what() << '\n';
+    return kExitNo;
+  } catch (const SqliteError& error) {
+    if (!m_db) throw;
+    throw SqliteError(*m_db + ": " + error.what());
+  }
   BlockWriter writer(streams.m_out);
   writer.Append(m_format == "csv" ? RowsCsv(rows) : m_format == "json" ? RowsJson(rows) : RowsTable(rows));
   writer.Flush();

@@ -34,7 +34,7 @@ void CommandSql::Define(CLI::App& app) {
 
 int CommandSql::Run(CommandStreams& streams) {
   MemoryGateway gateway;
-  const std::optional<BuiltList> built = m_input.Build(gateway, streams);
+  const std::optional<BuiltList> built = m_input.Build(GetTexts(), gateway, streams);
   if (!built) return kExitError;
   const SqlTarget target(FindTargetDatabase(BaseStringUtil::StdStringToString(m_target), gateway), gateway);
   try {

@@ -6,6 +6,7 @@
 #include "Query/Optimizer/Request/Conditions/SQORExprSubsumption.h"
 #include "Query/Optimizer/Request/Conditions/SQORToCNF.h"
 #include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
+#include "rq/KnownConditions.h"
 #include "rq/RowIns.h"
 #include "rq/eval/RowSearch.h"
 
@@ -81,20 +82,20 @@ std::string RowText(const ConditionEvaluator& evaluator, const std::vector<RowVa
 /// A row that satisfies a and not b, or what became of the search for one.
 struct Evidence {
   std::string m_text;
+  bool m_bSought = true;
+  std::vector<RowValue> m_row = {};
   bool m_bFound = false;
-  bool m_bHasNull = false;  ///< The row, if one was found.
 };
 
 Evidence FindEvidence(const Pair& pair, const RqExpr* pFirst, std::uint64_t maxSteps) {
   ConditionEvaluator evaluator(pair.m_pRp);
   if (!evaluator.Learn(*pair.m_a) || !evaluator.Learn(*pair.m_b)) {
-    return {"no row was looked for: " + TextOf(evaluator.GetUnsupported()) + " cannot be evaluated here\n"};
+    return {"no row was looked for: " + TextOf(evaluator.GetUnsupported()) + " cannot be evaluated here\n", false};
   }
   const RowSearchResult result = FindRow(evaluator, *pair.m_a, *pair.m_b, pFirst, maxSteps);
   switch (result.m_outcome) {
     case RowSearchResult::Outcome::kFound:
-      return {"this row satisfies A and not B:\n" + RowText(evaluator, result.m_row), true,
-              std::ranges::any_of(result.m_row, &RowValue::IsNull)};
+      return {"this row satisfies A and not B:\n" + RowText(evaluator, result.m_row), true, result.m_row, true};
     case RowSearchResult::Outcome::kNone:
       return {"no row over the values of the conditions, their neighbours and NULL satisfies A and not B\n"};
     case RowSearchResult::Outcome::kStopped:
@@ -104,14 +105,55 @@ Evidence FindEvidence(const Pair& pair, const RqExpr* pFirst, std::uint64_t maxS
   return {};
 }
 
-/// The library takes a value compared with itself, and a condition or its negation, for true, and texts that differ in
-/// blanks at the end for the same. Where the difference shows soon, a row tells it.
+// ---------------------------------------------------------------------------------------------------------------------
+// Where the library's answer is not SQL's
+
+constexpr const char* kConstantsDiffer = "constants that are written differently are taken to differ";
+constexpr const char* kNullsLeftOut = "what holds for all values is taken to hold for NULL";
+constexpr const char* kBlanksLeftOut = "texts that differ in blanks at the end are taken for the same";
+
+/// What the library takes for known of a pair, and what that is in a row.
+class KnownOfPair {
+ public:
+  /// Of no row, if it is empty.
+  KnownOfPair(const Pair& pair, const std::vector<RowValue>& row) : m_ofA(*pair.m_a), m_ofB(*pair.m_b) {
+    ConditionEvaluator evaluator(pair.m_pRp);
+    // Variables get the numbers that they had in the search.
+    if (evaluator.Learn(*pair.m_a)) static_cast<void>(evaluator.Learn(*pair.m_b));
+    for (const KnownAtoms* const pAtoms : {&m_ofA, &m_ofB}) {
+      for (const RqExprCond* const pAtom : pAtoms->Get()) {
+        const TruthSet truth = EvaluateAtom(*pAtom, evaluator, {row.begin(), row.end()});
+        const bool bIsNull = pAtom->GetObjectType() == kRqExprCondIsNull;
+        m_bHasEqualConstants |= !bIsNull && pAtom->IsAlwaysFalse() && truth.MayBeTrue();
+        m_bHasUnknown |= truth == TruthSet::Unknown();
+      }
+    }
+  }
+
+  /// Constants that were taken for two values, and may be one.
+  bool HasEqualConstants() const { return m_bHasEqualConstants; }
+  /// What is unknown.
+  bool HasUnknown() const { return m_bHasUnknown; }
+
+ private:
+  KnownAtoms m_ofA;
+  KnownAtoms m_ofB;
+  bool m_bHasEqualConstants = false;
+  bool m_bHasUnknown = false;
+};
+
+/// The library takes a value compared with itself, and a condition or its negation, for true, constants of one kind
+/// that are written differently for different values, and texts that differ in blanks at the end for the same. Where
+/// the difference shows soon, a row tells it.
 std::string ExceptionText(const Pair& pair) {
   constexpr std::uint64_t kMaxSteps = 20'000;
   const Evidence evidence = FindEvidence(pair, nullptr, kMaxSteps);
-  if (!evidence.m_bFound) return {};
-  const char* const pReason = evidence.m_bHasNull ? "what holds for all values is taken to hold for NULL"
-                                                  : "texts that differ in blanks at the end are taken for the same";
+  if (evidence.m_bSought && !evidence.m_bFound) return {};
+  const KnownOfPair known(pair, evidence.m_row);
+  // What is the same implies itself, whatever it is.
+  if (!evidence.m_bFound && (!known.HasEqualConstants() || RqEquivalence()(*pair.m_a, *pair.m_b))) return {};
+  const bool bHasNull = known.HasUnknown() || std::ranges::any_of(evidence.m_row, &RowValue::IsNull);
+  const char* const pReason = known.HasEqualConstants() ? kConstantsDiffer : bHasNull ? kNullsLeftOut : kBlanksLeftOut;
   return std::string("but ") + pReason + ", and " + evidence.m_text;
 }
 

@@ -11,18 +11,19 @@
 #include "rq/sql/SqlText.h"
 
 void QueryInput::Define(CLI::App& app) {
-  app.add_option("QUERY", m_query, "The query, or \"-\"")->type_name("");
+  app.add_option("QUERY", CLI::callback_t(), "The query, or \"-\"")->type_name("");
   app.add_option("--file", m_file, "Read the query from a file; \"-\" is the standard input")->type_name("FILE");
   app.add_option("--model", m_model, "The model of the tables, a file of JSON")->type_name("FILE");
 }
 
-std::optional<BuiltList> QueryInput::Build(MemoryGateway& gateway, CommandStreams& streams, QueryObserver* pObserver) {
-  if (m_query.empty() && !m_file) throw UsageError("nothing to do: give a query, --file FILE or -");
-  if (!m_query.empty() && m_file) throw UsageError("--file goes with no query");
+std::optional<BuiltList> QueryInput::Build(const std::vector<std::string>& texts, MemoryGateway& gateway,
+                                           CommandStreams& streams, QueryObserver* pObserver) {
+  if (texts.empty() && !m_file) throw UsageError("nothing to do: give a query, --file FILE or -");
+  if (!texts.empty() && m_file) throw UsageError("--file goes with no query");
   ReadModel(m_model, gateway);
   const RepositoryNames names(gateway);
-  if (m_query == "-") m_file = "-";
-  const std::string text = m_file ? ReadText(*m_file, streams.m_in) : m_query;
+  if (!texts.empty() && texts[0] == "-") m_file = "-";
+  const std::string text = m_file ? ReadText(*m_file, streams.m_in) : texts[0];
   try {
     const SqlQuery query(text);
     return QueryBuilder(text, gateway, names, pObserver).Build(query.GetSelect());

@@ -105,8 +105,6 @@ class AAttribute : public ARpObject {
   virtual VoidID GetAlternateSortOrderID() const = 0;
   /// By what it is computed from other objects of the business model; null if sources give its values.
   virtual Expr GetExpr() const = 0;
-  /// The same as a text of SQL; empty if sources give its values.
-  virtual KXString GetExprText() const = 0;
   /// The AColumn objects that give its values, one at most for each source of its entity; none if it is computed.
   virtual void GetSourceColumnIDs(VoidIDVector& ids) const = 0;
   virtual KXTypeInfo GetTypeInfo() const = 0;

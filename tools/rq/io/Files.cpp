@@ -3,8 +3,9 @@
 #include <cerrno>
 #include <fstream>
 #include <istream>
-#include <iterator>
+#include <sstream>
 #include <system_error>
+#include <utility>
 
 namespace {
 
@@ -12,14 +13,21 @@ namespace {
   throw std::system_error(errno, std::generic_category(), what + name);
 }
 
+/// What is left of a stream. A directory opens, and fails only when it is read.
+std::string ReadAll(std::istream& stream, const std::string& name) {
+  std::ostringstream text;
+  if (stream.peek() != std::istream::traits_type::eof() && !(text << stream.rdbuf())) Fail("cannot read ", name);
+  if (stream.bad()) Fail("cannot read ", name);
+  return std::move(text).str();
+}
+
 }  // namespace
 
 ByteVector ReadBytes(const std::string& name) {
   std::ifstream file(name, std::ios::binary);
   if (!file) Fail("cannot read ", name);
-  ByteVector bytes{std::istreambuf_iterator<char>(file), {}};
-  if (file.bad()) Fail("cannot read ", name);
-  return bytes;
+  const std::string text = ReadAll(file, name);
+  return {text.begin(), text.end()};
 }
 
 void WriteBytes(const std::string& name, const ByteVector& bytes) {
@@ -30,7 +38,7 @@ void WriteBytes(const std::string& name, const ByteVector& bytes) {
 }
 
 std::string ReadText(const std::string& name, std::istream& standardInput) {
-  if (name == "-") return {std::istreambuf_iterator<char>(standardInput), {}};
+  if (name == "-") return ReadAll(standardInput, "the standard input");
   const ByteVector bytes = ReadBytes(name);
   return {bytes.begin(), bytes.end()};
 }

@@ -19,6 +19,7 @@
 #include "Query/Optimizer/Request/Conditions/SQORRqExprSubquery.h"
 #include "Query/Optimizer/Request/Conditions/SQORToCNF.h"
 #include "rq/Command.h"
+#include "rq/KnownConditions.h"
 #include "rq/RequestBytes.h"
 #include "rq/RowIns.h"
 #include "rq/rewrite/Grain.h"
@@ -54,19 +55,17 @@ void ReshareLists(RqNode& root) {
 // ---------------------------------------------------------------------------------------------------------------------
 // Normal forms
 
-/// The form of a condition; null where there is none. The condition may be changed to an equivalent one.
-using NormalForm = OwnedRqExprCondPtr (*)(RqExprCond& cond);
+/// The form of a condition; null where there is none.
+using NormalForm = OwnedRqExprCondPtr (*)(const RqExprCond& cond);
 
-OwnedRqExprCondPtr ConjunctiveForm(RqExprCond& cond) {
-  ExpandRowInsToNegate(cond);
+OwnedRqExprCondPtr ConjunctiveForm(const RqExprCond& cond) {
   ToCNF toCNF;
   toCNF.GenerateCNF(cond, false, true, -1);
   const RqExprCond* const pForm = toCNF.GetConversionSuccess() ? toCNF.GetCNF() : nullptr;
   return pForm ? OwnedRqExprCondPtr(static_cast<RqExprCond*>(pForm->DeepExprCopy(false))) : OwnedRqExprCondPtr();
 }
 
-OwnedRqExprCondPtr DisjunctiveForm(RqExprCond& cond) {
-  ExpandRowInsToNegate(cond);
+OwnedRqExprCondPtr DisjunctiveForm(const RqExprCond& cond) {
   if (ToDNFDisjuncts::IsCondTooComplicatedToConvert(cond, -1)) return {};
   ToDNFDisjuncts toDisjuncts;
   toDisjuncts.GenerateOwnedDNFDisjuncts(cond, true);
@@ -130,17 +129,21 @@ bool MoveReferences(RqNode& root, RqExprCond& cond, RqExprCond& form) {
   return bAll;
 }
 
-/// Sets the form of a condition where the condition stands, if it has one.
+/// Sets the form of a condition where the condition stands, if it has one that lets the same rows pass. The condition
+/// may be changed to an equivalent one.
 template <class Set>
-void Replace(RqNode& root, RqExprCond* pCond, NormalForm normalForm, const Set& set) {
+void Replace(RqNode& root, RqExprCond* pCond, NormalForm normalForm, ARpGateway& gateway, const Set& set) {
   if (!pCond) return;
+  ExpandRowInsToNegate(*pCond);
+  if (MayNormalFormDiffer(*pCond, &gateway)) return;
   OwnedRqExprCondPtr form = normalForm(*pCond);
   if (form && MoveReferences(root, *pCond, *form)) set(form.Release());
 }
 
 /// Replaces every filter and every join condition.
-Heap<RqAbstractList> Normalize(Heap<RqAbstractList> request, NormalForm normalForm) {
+Heap<RqAbstractList> Normalize(Heap<RqAbstractList> request, NormalForm normalForm, ARpGateway& gateway) {
   RqAbstractList& root = *request;
+  const auto replace = [&](RqExprCond* pCond, const auto& set) { Replace(root, pCond, normalForm, gateway, set); };
   std::vector<RqNode*> holders;
   ForEachRequestNode(root, [&holders](RqNode& node) {
     switch (node.GetObjectType()) {
@@ -157,15 +160,15 @@ Heap<RqAbstractList> Normalize(Heap<RqAbstractList> request, NormalForm normalFo
   // Inner ones come first, so what is copied is normalized already.
   for (RqNode* const pHolder : holders) {
     if (auto* const pFilter = dynamic_cast<RqDetailFilter*>(pHolder)) {
-      Replace(root, pFilter->GetCond(), normalForm, [&](RqExprCond* pForm) { pFilter->SetCond(pForm); });
+      replace(pFilter->GetCond(), [&](RqExprCond* pForm) { pFilter->SetCond(pForm); });
     } else if (auto* const pHaving = dynamic_cast<RqHaving*>(pHolder)) {
-      Replace(root, pHaving->GetCond(), normalForm, [&](RqExprCond* pForm) { pHaving->SetCond(pForm); });
+      replace(pHaving->GetCond(), [&](RqExprCond* pForm) { pHaving->SetCond(pForm); });
     } else if (auto* const pJoin = dynamic_cast<RqTableReference*>(pHolder)) {
-      Replace(root, pJoin->GetSearchCond(), normalForm, [&](RqExprCond* pForm) { pJoin->SetSearchCond(pForm); });
+      replace(pJoin->GetSearchCond(), [&](RqExprCond* pForm) { pJoin->SetSearchCond(pForm); });
     } else {
       for (RqJoinLink* const pLink : static_cast<RqJoinNode*>(pHolder)->GetIncidentLinks()) {
         if (pLink->GetInNode() != pHolder || pLink->AlreadyAttachedCond()) continue;
-        Replace(root, pLink->GetJoinCond(), normalForm, [&](RqExprCond* pForm) { pLink->SetNewJoinCond(pForm); });
+        replace(pLink->GetJoinCond(), [&](RqExprCond* pForm) { pLink->SetNewJoinCond(pForm); });
       }
     }
   }
@@ -173,12 +176,12 @@ Heap<RqAbstractList> Normalize(Heap<RqAbstractList> request, NormalForm normalFo
   return request;
 }
 
-Heap<RqAbstractList> ToConjunctive(Heap<RqAbstractList> request, GrainReader*, MemoryGateway&) {
-  return Normalize(std::move(request), &ConjunctiveForm);
+Heap<RqAbstractList> ToConjunctive(Heap<RqAbstractList> request, GrainReader*, MemoryGateway& gateway) {
+  return Normalize(std::move(request), &ConjunctiveForm, gateway);
 }
 
-Heap<RqAbstractList> ToDisjunctive(Heap<RqAbstractList> request, GrainReader*, MemoryGateway&) {
-  return Normalize(std::move(request), &DisjunctiveForm);
+Heap<RqAbstractList> ToDisjunctive(Heap<RqAbstractList> request, GrainReader*, MemoryGateway& gateway) {
+  return Normalize(std::move(request), &DisjunctiveForm, gateway);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -292,8 +295,8 @@ Heap<RqAbstractList> Copy(Heap<RqAbstractList> request, GrainReader*, MemoryGate
 // Splitting
 
 Heap<RqAbstractList> Split(Heap<RqAbstractList> request, GrainReader* pGrain, MemoryGateway& gateway) {
-  const std::vector<OwnedRqExprPtr> grain = pGrain->Take("--rewrite split");
   if (!request->IsRqList()) throw RewriteRefusal("the query is no single block");
+  const std::vector<OwnedRqExprPtr> grain = pGrain->Take("--rewrite split");
   SplitBlock(static_cast<RqList&>(*request), grain, NextTableNumber(*request), &gateway);
   return request;
 }

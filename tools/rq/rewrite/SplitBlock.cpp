@@ -11,6 +11,7 @@
 #include "Query/Optimizer/Request/Blocks/SQORRqJoinSpec.h"
 #include "Query/Optimizer/Request/Blocks/SQORRqTableReference.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprSubquery.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprArithmetic.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprCase.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprLiteral.h"
 #include "Query/Optimizer/Request/Node/SQORRqNodeUtil.h"
@@ -24,13 +25,25 @@ namespace {
 // ---------------------------------------------------------------------------------------------------------------------
 // Looking
 
-std::set<int> TableNumbersOf(RqJoinSpec& joinSpec) {
-  std::list<RqIdentifiedTable*> tables;
-  joinSpec.CollectIdentifiedTables(tables);
-  std::set<int> numbers;
-  for (const RqIdentifiedTable* const pTable : tables) numbers.insert(pTable->GetTableNumber());
-  return numbers;
-}
+using TableIDs = std::set<VoidID>;
+
+/// The tables of a FROM clause, by what columns name them by: logical ones by identifier, all others by number.
+struct TablesOf {
+  explicit TablesOf(RqJoinSpec& joinSpec) {
+    std::list<RqIdentifiedTable*> tables;
+    joinSpec.CollectIdentifiedTables(tables);
+    for (const RqIdentifiedTable* const pTable : tables) {
+      if (pTable->IsEntity()) {
+        m_logical.insert(static_cast<const RqEntity*>(pTable)->GetID());
+      } else {
+        m_numbers.insert(pTable->GetTableNumber());
+      }
+    }
+  }
+
+  std::set<int> m_numbers;
+  TableIDs m_logical;
+};
 
 /// Whether the reference is a column of a list that reads another one, wherever that stands.
 bool IsOfSharedList(const RqNode& reference) {
@@ -40,30 +53,46 @@ bool IsOfSharedList(const RqNode& reference) {
   return pList && pList->IsRqSharedList();
 }
 
+/// Whether the tree has an attribute of one of the logical tables that are seen there. A block hides those that it
+/// reads itself, but not from its derived tables, which see what is seen around it.
+bool HasAttributeOf(RqNode& tree, const TableIDs& seen, const TableIDs& seenAround) {
+  KXThread::LowStackCheck(0);
+  if (tree.IsAttribute()) return seen.contains(static_cast<const RqAttribute&>(tree).GetTableID());
+  bool bFound = false;
+  const auto look = [&](const TableIDs& below, const TableIDs& around) {
+    ForEachNodeBelow(tree, [&](RqNode& node) { bFound = bFound || HasAttributeOf(node, below, around); });
+  };
+  auto* const pList = dynamic_cast<RqList*>(&tree);
+  if (pList && pList->GetJoinSpec()) {
+    TableIDs left = seen;
+    for (const VoidID& tableID : TablesOf(*pList->GetJoinSpec()).m_logical) left.erase(tableID);
+    look(left, seen);
+  } else if (tree.GetObjectType() == kRqDerivedTable) {
+    look(seenAround, seenAround);
+  } else {
+    look(seen, seenAround);
+  }
+  return bFound;
+}
+
 /// Whether a subquery in the tree has a column of one of the tables.
-bool HasCorrelatedSubquery(RqNode& tree, const std::set<int>& tables) {
+bool HasCorrelatedSubquery(RqNode& tree, const TablesOf& tables) {
   std::list<RqNode*> subqueries;
   FindNodes(&tree, RqNode::IsObjectType(kRqExprPhysicalSubquery), subqueries, false);
   bool bFound = false;
   for (RqNode* const pNode : subqueries) {
     RqAbstractList* const pBlock = static_cast<RqExprPhysicalSubquery*>(pNode)->GetSubqueryRqAbstractList();
     if (!pBlock) continue;
+    bFound = bFound || HasAttributeOf(*pBlock, tables.m_logical, tables.m_logical);
     ForEachRequestNode(*pBlock, [&](RqNode& node) {
       if (node.GetObjectType() == kRqTargetColumn) {
-        bFound |= tables.contains(static_cast<RqTargetColumn&>(node).GetSourceTableNumber());
+        bFound |= tables.m_numbers.contains(static_cast<RqTargetColumn&>(node).GetSourceTableNumber());
       } else if (node.GetObjectType() == kRqDerivedColumnReference && !IsOfSharedList(node)) {
-        bFound |= tables.contains(static_cast<RqDerivedColumnReference&>(node).GetSourceTableNumber());
+        bFound |= tables.m_numbers.contains(static_cast<RqDerivedColumnReference&>(node).GetSourceTableNumber());
       }
     });
   }
   return bFound;
-}
-
-/// The clauses of a block that are evaluated behind its grouping.
-std::vector<RqNode*> ClausesBehindGrouping(RqList& block) {
-  std::vector<RqNode*> clauses{block.GetProjection()};
-  if (block.GetHaving()) clauses.push_back(block.GetHaving());
-  return clauses;
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -86,13 +115,29 @@ const char* ReasonAgainst(const RqExprAggr& aggr) {
 }
 
 /// A column of the grain that another rewriting has put out of the block's reach.
-bool IsOutOfReach(const RqNode& node, const std::set<int>& tables) {
+bool IsOutOfReach(const RqNode& node, const TablesOf& tables) {
+  if (node.IsAttribute()) return !tables.m_logical.contains(static_cast<const RqAttribute&>(node).GetTableID());
   if (node.GetObjectType() == kRqTargetColumn) {
-    return !tables.contains(static_cast<const RqTargetColumn&>(node).GetSourceTableNumber());
+    return !tables.m_numbers.contains(static_cast<const RqTargetColumn&>(node).GetSourceTableNumber());
   }
   if (node.GetObjectType() != kRqDerivedColumnReference) return false;
   const auto& reference = static_cast<const RqDerivedColumnReference&>(node);
-  return !reference.IsValidDerivedColumnReference() || !tables.contains(reference.GetSourceTableNumber());
+  return !reference.IsValidDerivedColumnReference() || !tables.m_numbers.contains(reference.GetSourceTableNumber());
+}
+
+std::string NameOf(const RqNode& node, ARpGateway* pRp) {
+  return RqDumpout::StringFrom(node, false, false, pRp).ToUTF8();
+}
+
+void RequireGrain(const std::vector<OwnedRqExprPtr>& grain, const TablesOf& tables) {
+  const auto isConstant = [](const OwnedRqExprPtr& column) { return column->IsConstant(); };
+  if (std::ranges::all_of(grain, isConstant)) throw RewriteRefusal("the grain has no column");
+  for (const OwnedRqExprPtr& column : grain) {
+    if (column->IsAggr() || HoldsAggregate(*column)) throw RewriteRefusal("a column of the grain holds an aggregate");
+    if (FoundNodes(column.Get(), [&tables](const RqNode& node) { return IsOutOfReach(node, tables); })) {
+      throw RewriteRefusal("a column of the grain is of no table of the block that is split");
+    }
+  }
 }
 
 void RequireSplittable(RqList& block, const std::vector<OwnedRqExprPtr>& grain, ARpGateway* pRp) {
@@ -109,19 +154,15 @@ void RequireSplittable(RqList& block, const std::vector<OwnedRqExprPtr>& grain, 
   }
   for (const RqExprAggr* const pAggr : aggregates) {
     if (const char* const pReason = ReasonAgainst(*pAggr)) {
-      throw RewriteRefusal(RqDumpout::StringFrom(pAggr, false, false, pRp).ToUTF8() + " cannot be split: " + pReason);
+      throw RewriteRefusal(NameOf(*pAggr, pRp) + " cannot be split: " + pReason);
     }
   }
-  const auto isConstant = [](const OwnedRqExprPtr& column) { return column->IsConstant(); };
-  if (!block.GetGroupBy() && std::ranges::all_of(grain, isConstant)) throw RewriteRefusal("the grain has no column");
-  const std::set<int> tables = TableNumbersOf(*block.GetJoinSpec());
-  for (const OwnedRqExprPtr& column : grain) {
-    if (column->IsAggr() || HoldsAggregate(*column)) throw RewriteRefusal("a column of the grain holds an aggregate");
-    if (FoundNodes(column.Get(), [&tables](const RqNode& node) { return IsOutOfReach(node, tables); })) {
-      throw RewriteRefusal("a column of the grain is of no table of the block that is split");
-    }
-  }
+  const TablesOf tables(*block.GetJoinSpec());
+  RequireGrain(grain, tables);
   for (RqNode* const pClause : ClausesBehindGrouping(block)) {
+    if (const RqNode* const pAttribute = FindUngroupedAttribute(*pClause, block.GetGroupBy())) {
+      throw RewriteRefusal(NameOf(*pAttribute, pRp) + " is not grouped by and stands outside of an aggregate");
+    }
     if (HasCorrelatedSubquery(*pClause, tables)) {
       throw RewriteRefusal("a subquery in the select list or in HAVING refers to columns of the query");
     }
@@ -145,6 +186,20 @@ void TurnInsideOut(RqExprAggrIf& filter) {
   filter.Replace(new RqExprAggrCount(pOne, nullptr, nullptr, false), replaced);
 }
 
+/// CASE WHEN divisor <= 0 THEN NULL WHEN least = greatest OR variance < 0 THEN 0 ELSE the root of the variance: of a
+/// single value a sample has no deviation, and of values that hardly differ rounding leaves a variance of either sign.
+/// Takes all three.
+OwnedRqExprPtr WithinBounds(OwnedRqExprPtr deviation, RqExpr* pLeast, RqExpr* pGreatest) {
+  const RqExpr& variance = *deviation->GetIthOperand(0);
+  const RqExpr& divisor = *variance.GetIthOperand(RqExprDivide::kRightOperand);
+  const auto zero = [] { return new RqExprIntegerLiteral(0); };
+  auto* const pNone = new RqExprCondLessEqual(divisor.DeepExprCopy(true), zero());
+  auto* const pEqual = new RqExprCondEquality(pLeast, pGreatest, false);
+  auto* const pBelow = new RqExprCondLess(variance.DeepExprCopy(true), zero());
+  RqExprPairVector cases{{pNone, new RqExprNullLiteral}, {new RqExprCondOr(pEqual, pBelow), new RqExprFloatLiteral(0)}};
+  return OwnedRqExprPtr(new RqExprIfCase(deviation.Release(), cases));
+}
+
 /// Rewrites expressions that are evaluated behind the grouping of a block, when inner has become its only table.
 class OuterExprs {
  public:
@@ -153,8 +208,10 @@ class OuterExprs {
   /// What stands for an expression behind the grouping; both are owned by the caller.
   OwnedRqExprPtr Rewrite(OwnedRqExprPtr expr) const {
     KXThread::LowStackCheck(0);
-    if (const RqExpr* const pColumn = GetGroupingColumn(*expr)) return ReferenceTo(*pColumn);
-    if (expr->IsAggr() && !HoldsAggregate(*expr)) return Render(static_cast<const RqExprAggr&>(*expr));
+    if (const RqExpr* const pColumn = FindGroupingColumn(m_inner.GetGroupBy(), *expr)) return ReferenceTo(*pColumn);
+    if (expr->IsAggr() && IsOverRows(static_cast<const RqExprAggr&>(*expr))) {
+      return Render(static_cast<const RqExprAggr&>(*expr));
+    }
     for (int i = 0; i < expr->GetNumOperands(); ++i) {
       if (!expr->GetIthOperand(i)) continue;
       OwnedRqExprPtr operand(static_cast<RqExpr*>(expr->ReleaseIthChild(i)));
@@ -168,27 +225,25 @@ class OuterExprs {
   }
 
  private:
-  const RqExpr* GetGroupingColumn(const RqExpr& expr) const {
-    const RqEquivalence equivalence;
-    const RqGroupBy& groupBy = *m_inner.GetGroupBy();
-    for (int i = 0; i < groupBy.GetNumColumns(); ++i) {
-      if (equivalence(expr, *groupBy.GetIthColumn(i))) return groupBy.GetIthColumn(i);
-    }
-    return nullptr;
+  /// Another aggregate of what the aggregate is over.
+  template <class Aggr>
+  RqExpr* RenderOver(const RqExprAggr& aggr) const {
+    return Aggr(aggr.GetAggrExpr()->DeepExprCopy(true), nullptr, nullptr, false).RenderOnSummaryList(m_inner);
   }
 
   OwnedRqExprPtr Render(const RqExprAggr& aggr) const {
     OwnedRqExprPtr rendered(aggr.RenderOnSummaryList(m_inner));
     KX_ASSERT(rendered.Get());
+    if (aggr.GetObjectType() == kRqExprAggrStddev) {
+      RqExpr* const pLeast = RenderOver<RqExprAggrMin>(aggr);
+      rendered = WithinBounds(std::move(rendered), pLeast, RenderOver<RqExprAggrMax>(aggr));
+    }
     std::list<RqNode*> aggregates;
     FindNodes(rendered.Get(), RqNode::IsAggrNode(), aggregates, false);
     // The inner block has a row for each value of the compute break.
     for (RqNode* const pAggr : aggregates) static_cast<RqExprAggr*>(pAggr)->MarkComputeBreakRedundant();
-    const bool bCount = aggr.GetObjectType() == kRqExprAggrCount || aggr.GetObjectType() == kRqExprAggrCountStar;
-    if (!bCount || !m_bGrandTotal) return rendered;
-    // Of no rows the inner block has no group, and the sum of no counts is null.
-    std::vector<RqExpr*> values{rendered.Release(), new RqExprIntegerLiteral(0)};
-    return OwnedRqExprPtr(new RqExprCoalesce(values));
+    // Of no rows the inner block has no group.
+    return m_bGrandTotal ? CountedOfNoRows(aggr, std::move(rendered)) : std::move(rendered);
   }
 
   RqList& m_inner;
@@ -251,6 +306,7 @@ void SplitBlock(RqList& block, const std::vector<OwnedRqExprPtr>& grain, int tab
     OwnedRqExprPtr cond(pHaving->ReleaseCond());
     pHaving->SetCond(static_cast<RqExprCond*>(exprs.Rewrite(std::move(cond)).Release()));
   }
+  RenewCopiedIdentities(block);
 }
 
 int NextTableNumber(RqNode& request) {

@@ -13,7 +13,8 @@
 ///
 /// The block becomes the outer one. tableNumber is that of the derived table, and no table of the request has it.
 /// Raises RewriteRefusal, and leaves the block as it is, if it is not grouped, if it has grouping sets, if an aggregate
-/// of it cannot be split, or if a subquery in it refers to its tables behind the grouping.
+/// of it cannot be split, if the grain has no column, or if what stands behind the grouping has an attribute of its own
+/// or a subquery that refers to the tables of the block.
 void SplitBlock(RqList& block, const std::vector<OwnedRqExprPtr>& grain, int tableNumber, ARpGateway* pRp);
 
 /// A number above those of all tables of the request.

@@ -1,8 +1,9 @@
 #include "rq/rewrite/SummaryAnswer.h"
 
 #include <algorithm>
-#include <deque>
+#include <iterator>
 #include <list>
+#include <map>
 
 #include "Host/KXThread.h"
 #include "Query/Optimizer/Request/Aggregates/SQORRqExprAggrPlain.h"
@@ -13,6 +14,7 @@
 #include "Query/Optimizer/Request/Node/SQORRqNodeUtil.h"
 #include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
 #include "rq/rewrite/AggregateExprs.h"
+#include "rq/rewrite/RequestNodes.h"
 #include "rq/rewrite/RewriteRefusal.h"
 
 namespace {
@@ -44,12 +46,53 @@ bool IsMultipleOf(const RqExpr& expr, const RqAttribute& attribute) {
   }
 }
 
+std::string TextOf(const RqNode& node, MemoryGateway& gateway) {
+  return RqDumpout::StringFrom(node, false, false, &gateway).ToUTF8();
+}
+
+/// The logical tables that a block reads. Joins between them are those of the model, so the block says none of its own.
+VoidIDVector LogicalTablesOf(const RqList& block) {
+  if (!block.GetJoinSpec()) throw RewriteRefusal("the query reads no table");
+  VoidIDVector ids;
+  for (int i = 0; i < block.GetJoinSpec()->GetNumTableReferences(); ++i) {
+    const RqTableReference& reference = *block.GetJoinSpec()->GetIthTableReference(i);
+    if (reference.GetRightTable() || reference.GetSearchCond()) {
+      throw RewriteRefusal("the query joins tables by conditions of its own, and not as the model does");
+    }
+    const RqAbstractTable& table = *reference.GetLeftTable();
+    if (!table.IsEntity()) throw RewriteRefusal("the query reads a table that is no logical one");
+    ids.push_back(static_cast<const RqEntity&>(table).GetID());
+  }
+  return ids;
+}
+
+/// A summary has other rows than the details, so they must be put together in one way or another.
+void RequireGroups(RqList& block, MemoryGateway& gateway) {
+  std::vector<RqNode*> clauses = ClausesBehindGrouping(block);
+  const auto hasAggregate = [](RqNode* pClause) { return !AggregatesOverRows(*pClause).empty(); };
+  const bool bGroups = block.GetGroupBy() || std::ranges::any_of(clauses, hasAggregate);
+  if (!bGroups && !block.IsDistinct()) throw RewriteRefusal("the query does not group, and a summary has other rows");
+  if (!bGroups) return;
+  if (block.GetGroupBy() && block.GetGroupBy()->IsGroupingSet()) {
+    throw RewriteRefusal("a query with grouping sets groups more than once");
+  }
+  for (const RqNode* const pClause : clauses) {
+    if (const RqNode* const pAttribute = FindUngroupedAttribute(*pClause, block.GetGroupBy())) {
+      throw RewriteRefusal(TextOf(*pAttribute, gateway) + " is not grouped by and stands outside of an aggregate");
+    }
+  }
+}
+
 }  // namespace
 
 SummaryAnswer::SummaryAnswer(MemoryGateway& gateway, const VoidID& summaryID)
     : m_gateway(gateway), m_summaryID(summaryID) {
-  FindSources(summaryID);
-  FindReachableTables();
+  VoidIDVector logicalTableIDs;
+  m_gateway.GetObjectIDs(kTIDALogicalTable, logicalTableIDs);
+  for (const VoidID& id : logicalTableIDs) FindSources(id);
+  if (m_sources.empty()) {
+    throw RewriteRefusal(NameOfSummary() + " is no summary: no logical table has a more detailed source");
+  }
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -66,50 +109,47 @@ KXString SummaryAnswer::NameOf(const VoidID& id) const {
   return object->GetName();
 }
 
-/// The source of the summary, and the one of the same logical table whose grain names most dimensions.
-void SummaryAnswer::FindSources(const VoidID& summaryID) {
-  VoidIDVector tableIDs;
-  m_gateway.GetObjectIDs(kTIDALogicalTable, tableIDs);
-  for (const VoidID& tableID : tableIDs) {
-    VoidIDVector sourceIDs;
-    RefALogicalTable(&m_gateway, tableID)->GetSourceIDs(sourceIDs);
-    std::size_t summaryGrain = 0, detailGrain = 0;
-    VoidIDVector summaryTables, detailTables;
-    for (const VoidID& sourceID : sourceIDs) {
-      const RefALogicalTableSource source(&m_gateway, sourceID);
-      VoidIDVector tables, levels;
-      source->GetTableIDs(tables);
-      source->GetContentLevelIDs(levels);
-      if (!tables.empty() && tables.front() == summaryID) {
-        summaryTables = tables;
-        summaryGrain = levels.size();
-      } else if (levels.size() > detailGrain) {
-        detailTables = tables;
-        detailGrain = levels.size();
-      }
-    }
-    if (summaryTables.empty() || detailGrain <= summaryGrain) continue;
-    m_logicalTableID = tableID;
-    m_summaryTableIDs = summaryTables;
-    m_detailTableIDs = detailTables;
-    return;
+/// The source that the summary is of the logical table, with those of a finer grain; of these, the ones that none of
+/// them is finer than have the details.
+void SummaryAnswer::FindSources(const VoidID& logicalTableID) {
+  const VoidIDVector sourceIDs = SourcesOf(m_gateway, logicalTableID);
+  const auto isSummary = [this](const VoidID& id) { return TablesOf(m_gateway, id).front() == m_summaryID; };
+  const auto summary = std::ranges::find_if(sourceIDs, isSummary);
+  if (summary == sourceIDs.end()) return;
+  const auto finerThan = [this](const VoidID& other) {
+    return [this, grain = SourceGrain(m_gateway, other)](const VoidID& id) {
+      return SourceGrain(m_gateway, id).IsFinerThan(grain);
+    };
+  };
+  VoidIDVector finer;
+  std::ranges::copy_if(sourceIDs, std::back_inserter(finer), finerThan(*summary));
+  std::vector<SourceTables> details;
+  for (const VoidID& id : finer) {
+    if (std::ranges::any_of(finer, finerThan(id))) continue;
+    details.emplace_back(m_gateway, logicalTableID, id, SourceTables::Joins::kOfModel);
   }
-  throw RewriteRefusal(NameOf(summaryID).ToUTF8() + " is no summary: no logical table has a more detailed source");
+  if (details.empty()) return;
+  m_sources.push_back({{m_gateway, logicalTableID, *summary, SourceTables::Joins::kSummedUp}, std::move(details)});
 }
 
-/// Breadth first along foreign keys. A table that two keys lead to is joined by the first.
-void SummaryAnswer::FindReachableTables() {
-  std::deque<VoidID> queue{m_summaryID};
-  m_foreignKeys.emplace(m_summaryID, VoidID::NullID);
-  while (!queue.empty()) {
-    VoidIDVector keys;
-    RefATable(&m_gateway, queue.front())->GetForeignKeyIDs(keys);
-    queue.pop_front();
-    for (const VoidID& keyID : keys) {
-      const VoidID tableID = RefAForeignKey(&m_gateway, keyID)->GetReferencedTableID();
-      if (m_foreignKeys.emplace(tableID, keyID).second) queue.push_back(tableID);
+/// The one of the logical table that joins all others that the block reads.
+void SummaryAnswer::ChooseSource(const VoidIDVector& readIDs) {
+  std::string reason;
+  for (const Source& source : m_sources) {
+    const VoidID& id = source.m_summary.GetLogicalTableID();
+    const VoidIDVector joinedIDs = AllJoinedTables(m_gateway, id);
+    const auto isOther = [&](const VoidID& readID) { return readID != id && !Contains(joinedIDs, readID); };
+    const auto other = std::ranges::find_if(readIDs, isOther);
+    if (other != readIDs.end()) {
+      reason = NameOf(*other).ToUTF8() + " is not joined to " + NameOf(id).ToUTF8();
+    } else if (!Contains(readIDs, id)) {
+      reason = "the query does not read " + NameOf(id).ToUTF8();
+    } else {
+      m_pSource = &source;
+      return;
     }
   }
+  throw RewriteRefusal(reason);
 }
 
 VoidID SummaryAnswer::SourceColumnIn(const AAttribute& attribute, const VoidIDVector& tableIDs) const {
@@ -122,8 +162,10 @@ VoidID SummaryAnswer::SourceColumnIn(const AAttribute& attribute, const VoidIDVe
 }
 
 bool SummaryAnswer::IsNeverNull(const AAttribute& attribute) const {
-  const VoidID columnID = SourceColumnIn(attribute, m_detailTableIDs);
-  return !columnID.IsNullID() && RefAColumn(&m_gateway, columnID)->GetTypeInfo().nullable_ == 0;
+  return std::ranges::all_of(m_pSource->m_details, [&](const SourceTables& detail) {
+    const VoidID columnID = SourceColumnIn(attribute, TablesOf(m_gateway, detail.GetSourceID()));
+    return !columnID.IsNullID() && RefAColumn(&m_gateway, columnID)->GetTypeInfo().nullable_ == 0;
+  });
 }
 
 void SummaryAnswer::AddMapping(RqExprAggr* pAggr, const VoidID& columnID) {
@@ -147,7 +189,7 @@ void SummaryAnswer::AddMappingsOf(const VoidID& attributeID) {
 
 void SummaryAnswer::MakeContentMap() {
   VoidIDVector attributeIDs;
-  RefALogicalTable(&m_gateway, m_logicalTableID)->GetAttributeIDs(attributeIDs);
+  RefALogicalTable(&m_gateway, m_pSource->m_summary.GetLogicalTableID())->GetAttributeIDs(attributeIDs);
   m_exprs.clear();
   VoidID rowCountID;
   for (const VoidID& attributeID : attributeIDs) {
@@ -155,7 +197,8 @@ void SummaryAnswer::MakeContentMap() {
     const RefAAttribute attribute(&m_gateway, attributeID);
     std::vector<RpAggregationRule> rules;
     attribute->GetAggregationRules(rules);
-    if (rules.size() == 1 && rules.front().m_function == L"COUNT" && IsNeverNull(*attribute)) {
+    const bool bCounts = rules.size() == 1 && rules.front().m_function == L"COUNT";
+    if (rowCountID.IsNullID() && bCounts && IsNeverNull(*attribute)) {
       rowCountID = SourceColumnIn(*attribute, {m_summaryID});
     }
   }
@@ -173,35 +216,6 @@ void SummaryAnswer::MakeContentMap() {
 
 // ---------------------------------------------------------------------------------------------------------------------
 // The block
-
-/// Joins between logical tables are those of the model, so the block says none of its own.
-void SummaryAnswer::RequireLogicalJoins(const RqList& block) const {
-  if (!block.GetJoinSpec()) throw RewriteRefusal("the query reads no table");
-  VoidIDVector joinedIDs;
-  RefALogicalTable(&m_gateway, m_logicalTableID)->GetJoinedTableIDs(joinedIDs);
-  for (std::size_t i = 0; i < joinedIDs.size(); ++i) {
-    VoidIDVector more;
-    if (const RefALogicalTable table(&m_gateway, joinedIDs[i]); table) table->GetJoinedTableIDs(more);
-    for (const VoidID& id : more) {
-      if (!Contains(joinedIDs, id)) joinedIDs.push_back(id);
-    }
-  }
-  bool bFactRead = false;
-  for (int i = 0; i < block.GetJoinSpec()->GetNumTableReferences(); ++i) {
-    const RqTableReference& reference = *block.GetJoinSpec()->GetIthTableReference(i);
-    if (reference.GetRightTable() || reference.GetSearchCond()) {
-      throw RewriteRefusal("the query joins tables by conditions of its own, and not as the model does");
-    }
-    const RqAbstractTable& table = *reference.GetLeftTable();
-    if (!table.IsEntity()) throw RewriteRefusal("the query reads a table that is no logical one");
-    const VoidID& id = static_cast<const RqEntity&>(table).GetID();
-    bFactRead |= id == m_logicalTableID;
-    if (id != m_logicalTableID && !Contains(joinedIDs, id)) {
-      throw RewriteRefusal(NameOf(id).ToUTF8() + " is not joined to " + NameOf(m_logicalTableID).ToUTF8());
-    }
-  }
-  if (!bFactRead) throw RewriteRefusal("the query does not read " + NameOf(m_logicalTableID).ToUTF8());
-}
 
 OwnedRqExprPtr SummaryAnswer::RewriteExpr(OwnedRqExprPtr expr) {
   KXThread::LowStackCheck(0);
@@ -227,10 +241,9 @@ OwnedRqExprPtr SummaryAnswer::RewriteAggregate(const RqExprAggr& aggr) const {
     if (!rendered) rendered = RenderInsideExpr(aggr);
   }
   if (!rendered) {
-    throw RewriteRefusal(RqDumpout::StringFrom(aggr, false, false, &m_gateway).ToUTF8() + ": no mapping was found in " +
-                         NameOf(m_summaryID).ToUTF8());
+    throw RewriteRefusal(TextOf(aggr, m_gateway) + ": no mapping was found in " + NameOfSummary());
   }
-  return rendered;
+  return m_bGrandTotal ? CountedOfNoRows(aggr, std::move(rendered)) : rendered;
 }
 
 /// The sum of a multiple of a measure that the map sums up; null for all else.
@@ -256,22 +269,89 @@ OwnedRqExprPtr SummaryAnswer::RewriteAttribute(const RqAttribute& expr) {
   VoidIDVector columnIDs;
   attribute->GetSourceColumnIDs(columnIDs);
   if (columnIDs.empty()) throw RewriteRefusal(name + " is computed, and no source has its values");
-  for (const VoidID& columnID : columnIDs) {
-    const VoidID tableID = RefAColumn(&m_gateway, columnID)->GetTableID();
-    if (IsReachable(tableID)) return MakeColumn(columnID, NumberOfTable(tableID));
+  const SourceTables& summary = m_pSource->m_summary;
+  const std::optional<std::size_t> place = FindPlace(attribute->GetEntityID(), attribute.Get());
+  const SourceGrain::Standing standing = summary.GetGrain().StandingOf(expr.GetID());
+  if (place && HasOneValueAt(summary.GetPlaces()[*place], standing)) {
+    if (summary.GetPlaces()[*place].m_bAmbiguous) {
+      throw RewriteRefusal(name + ": the model does not tell which foreign key of " + NameOfSummary() + " leads to " +
+                           NameOf(attribute->GetEntityID()).ToUTF8());
+    }
+    return MakeColumn(SourceColumnIn(*attribute, {summary.GetPlaces()[*place].m_tableID}), NumberOfPlace(*place));
   }
-  throw RewriteRefusal(name + " is no column of " + NameOf(m_summaryID).ToUTF8() + " or of a table that it refers to");
+  if (place || standing == SourceGrain::Standing::kBelow || standing == SourceGrain::Standing::kSummedUp) {
+    throw RewriteRefusal(name + ": the rows of " + NameOfSummary() + " are summed up over it");
+  }
+  throw RewriteRefusal(name + " is no column of " + NameOfSummary() + " or of a table that it refers to");
+}
+
+/// The place of a logical table that has a column of the attribute, if one is given. One that is sure goes before one
+/// that is not, and then the nearer one.
+std::optional<std::size_t> SummaryAnswer::FindPlace(const VoidID& logicalTableID, const AAttribute* pAttribute) const {
+  const std::vector<SourceTables::Place>& places = m_pSource->m_summary.GetPlaces();
+  const auto doubts = [](const SourceTables::Place& place) {
+    return (place.m_bAmbiguous ? 2 : 0) + (place.m_bOneRow ? 0 : 1);
+  };
+  std::optional<std::size_t> best;
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    if (places[i].m_logicalTableID != logicalTableID) continue;
+    if (pAttribute && SourceColumnIn(*pAttribute, {places[i].m_tableID}).IsNullID()) continue;
+    if (!best || doubts(places[i]) < doubts(places[*best])) best = i;
+  }
+  return best;
+}
+
+/// What is reached through a table whose members are told apart needs no dimension of its own.
+bool SummaryAnswer::HasOneValueAt(const SourceTables::Place& place, SourceGrain::Standing standing) const {
+  switch (standing) {
+    case SourceGrain::Standing::kToldApart:
+      return true;
+    case SourceGrain::Standing::kBelow:
+      return false;
+    case SourceGrain::Standing::kSummedUp:
+      return place.m_bOneRow && place.m_logicalTableID != m_pSource->m_summary.GetLogicalTableID();
+    case SourceGrain::Standing::kInNoLevel:
+      return place.m_bOneRow;
+  }
+  return false;
 }
 
 /// The tables on the way stand before it.
-int SummaryAnswer::NumberOfTable(const VoidID& tableID) {
-  for (const Table& table : m_tables) {
-    if (table.m_id == tableID) return table.m_number;
-  }
-  const VoidID& keyID = m_foreignKeys.at(tableID);
-  NumberOfTable(RefAForeignKey(&m_gateway, keyID)->GetTableID());
-  m_tables.push_back({tableID, keyID, m_nextTableNumber++});
+int SummaryAnswer::NumberOfPlace(std::size_t place) {
+  const auto found = std::ranges::find(m_tables, place, &Table::m_place);
+  if (found != m_tables.end()) return found->m_number;
+  const SourceTables::Place& added = m_pSource->m_summary.GetPlaces()[place];
+  const int from = NumberOfPlace(added.m_from);
+  m_tables.push_back({place, added.m_foreignKeyID.IsNullID() ? from : m_nextTableNumber++});
   return m_tables.back().m_number;
+}
+
+/// A row of the details that has no row of a table that is read is not counted. The summary must tell which these are,
+/// or there must be none.
+void SummaryAnswer::JoinReadTables(const VoidIDVector& readIDs) {
+  const SourceTables& summary = m_pSource->m_summary;
+  for (const VoidID& id : readIDs) {
+    if (id == summary.GetLogicalTableID()) continue;
+    const std::optional<std::size_t> place = FindPlace(id, nullptr);
+    if (place && summary.HasKeys(*place) && !summary.GetPlaces()[*place].m_bAmbiguous) {
+      if (summary.MayBeMissing(*place)) NumberOfPlace(*place);
+    } else if (!IsInEveryDetail(id)) {
+      throw RewriteRefusal("a row of " + NameOf(summary.GetLogicalTableID()).ToUTF8() + " may have no row of " +
+                           NameOf(id).ToUTF8() + ", and " + NameOfSummary() + " does not tell which have one");
+    }
+  }
+}
+
+bool SummaryAnswer::IsInEveryDetail(const VoidID& logicalTableID) const {
+  return std::ranges::all_of(m_pSource->m_details, [&](const SourceTables& detail) {
+    bool bFound = false;
+    for (std::size_t i = 0; i < detail.GetPlaces().size(); ++i) {
+      if (detail.GetPlaces()[i].m_logicalTableID != logicalTableID) continue;
+      if (detail.GetPlaces()[i].m_bAmbiguous || detail.MayBeMissing(i)) return false;
+      bFound = true;
+    }
+    return bFound;
+  });
 }
 
 OwnedRqExprPtr SummaryAnswer::MakeColumn(const VoidID& columnID, int tableNumber) const {
@@ -280,38 +360,43 @@ OwnedRqExprPtr SummaryAnswer::MakeColumn(const VoidID& columnID, int tableNumber
 
 /// The summary and the tables used, joined along the foreign keys.
 Heap<RqJoinSpec> SummaryAnswer::MakeFromClause(OwnedRqExprCondPtr& residual) const {
-  std::vector<RqJoinNode*> nodes;
-  for (const Table& table : m_tables) {
-    auto* const pTable = new RqAtomicTable(&m_gateway, table.m_number, table.m_id);
+  const std::vector<SourceTables::Place>& places = m_pSource->m_summary.GetPlaces();
+  std::map<int, RqJoinNode*> nodes;  // by number
+  for (const auto& [place, number] : m_tables) {
+    if (nodes.contains(number)) continue;
+    auto* const pTable = new RqAtomicTable(&m_gateway, number, places[place].m_tableID);
     auto* const pReference =
         new RqTableReference(SqlTableRef::kInnerJoin, pTable, nullptr, nullptr, kDriving_UnknownTable);
-    nodes.push_back(new RqJoinNode(pReference, false));
+    nodes.emplace(number, new RqJoinNode(pReference, false));
   }
-  for (std::size_t i = 1; i < m_tables.size(); ++i) {
-    const RefAForeignKey key(&m_gateway, m_tables[i].m_foreignKeyID);
-    const auto from =
-        static_cast<std::size_t>(std::ranges::find(m_tables, key->GetTableID(), &Table::m_id) - m_tables.begin());
+  for (const auto& [place, number] : m_tables) {
+    if (places[place].m_foreignKeyID.IsNullID()) continue;
+    const RefAForeignKey key(&m_gateway, places[place].m_foreignKeyID);
+    const int from = std::ranges::find(m_tables, places[place].m_from, &Table::m_place)->m_number;
     VoidIDVector columnIDs, referencedIDs;
     key->GetColumnIDs(columnIDs);
     key->GetReferencedColumnIDs(referencedIDs);
     OwnedRqExprCondPtr cond;
-    for (std::size_t j = 0; j < columnIDs.size(); ++j) {
-      RqExpr* const pLeft = MakeColumn(columnIDs[j], m_tables[from].m_number).Release();
-      RqExpr* const pRight = MakeColumn(referencedIDs[j], m_tables[i].m_number).Release();
+    for (std::size_t i = 0; i < columnIDs.size(); ++i) {
+      RqExpr* const pLeft = MakeColumn(columnIDs[i], from).Release();
+      RqExpr* const pRight = MakeColumn(referencedIDs[i], number).Release();
       cond = RqExprCondAnd::Concatenate(cond.Release(), new RqExprCondEquality(pLeft, pRight, false));
     }
-    nodes[from]->AddLink(nodes[i], cond.Release(), SqlTableRef::kInnerJoin, kUnknownCardinality, nullptr, false);
+    nodes.at(from)->AddLink(nodes.at(number), cond.Release(), SqlTableRef::kInnerJoin, kUnknownCardinality, nullptr,
+                            false);
   }
-  return Heap<RqJoinSpec>(RqJoinSpec::CompileLinkGraph(nodes, residual, &m_gateway, true));
+  std::vector<RqJoinNode*> linked;
+  for (const auto& [number, pNode] : nodes) linked.push_back(pNode);
+  return Heap<RqJoinSpec>(RqJoinSpec::CompileLinkGraph(linked, residual, &m_gateway, true));
 }
 
 void SummaryAnswer::Answer(RqList& block, int firstTableNumber) {
-  RequireLogicalJoins(block);
-  if (block.GetGroupBy() && block.GetGroupBy()->IsGroupingSet()) {
-    throw RewriteRefusal("a query with grouping sets groups more than once");
-  }
+  const VoidIDVector readIDs = LogicalTablesOf(block);
+  ChooseSource(readIDs);
+  RequireGroups(block, m_gateway);
+  m_bGrandTotal = !block.GetGroupBy();
   m_nextTableNumber = firstTableNumber;
-  m_tables.assign(1, {m_summaryID, VoidID::NullID, m_nextTableNumber++});
+  m_tables.assign(1, {0, m_nextTableNumber++});
   MakeContentMap();
 
   for (int i = 0; i < block.GetProjection()->GetNumColumns(); ++i) {
@@ -332,7 +417,9 @@ void SummaryAnswer::Answer(RqList& block, int firstTableNumber) {
     }
     block.SetGroupBy(new RqGroupBy(columns, false));
   }
+  JoinReadTables(readIDs);
   OwnedRqExprCondPtr residual;
   block.SetJoinSpec(MakeFromClause(residual).Release());
   if (residual) block.ConcatenateToDetailFilter(residual.Release());
+  RenewCopiedIdentities(block);
 }

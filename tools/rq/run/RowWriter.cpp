@@ -67,7 +67,7 @@ std::vector<std::string> DistinctNames(const std::vector<std::string>& names) {
   std::set<std::string> seen;
   for (const std::string& name : names) {
     std::string next = name;
-    for (int i = 2; !seen.insert(next).second || (next != name && taken.contains(next)); ++i) {
+    for (int i = 2; (next != name && taken.contains(next)) || !seen.insert(next).second; ++i) {
       next = name + '_' + std::to_string(i);
     }
     distinct.push_back(next);

@@ -2,15 +2,36 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <cstring>
+#include <string_view>
 
 #include "rq/run/SqliteFunctions.h"
 
 namespace {
 
+/// Parts of the messages for what is too much; the codes of the errors do not tell.
+constexpr auto kLimitMessages = std::to_array<std::string_view>(
+    {"too many terms in", "too many columns in", "too many FROM clause terms", "too many SQL variables",
+     "too many references to", "parser stack overflow", "Expression tree is too large", "tables in a join", "too big"});
+
 [[noreturn]] void Fail(sqlite3* pDatabase, const std::string& what) {
   throw SqliteError(what + ": " + (pDatabase ? sqlite3_errmsg(pDatabase) : "there is not enough memory"));
+}
+
+/// Whether there is no statement in it: nothing but blanks, comments and semicolons.
+bool IsEmpty(sqlite3* pDatabase, const char* sql) {
+  while (*sql) {
+    sqlite3_stmt* pStatement = nullptr;
+    const char* pTail = nullptr;
+    const int result = sqlite3_prepare_v2(pDatabase, sql, -1, &pStatement, &pTail);
+    sqlite3_finalize(pStatement);
+    if (result != SQLITE_OK || pStatement) return false;
+    sql = pTail;
+  }
+  return true;
 }
 
 /// The number in ?1 or $1; 0 for another name.
@@ -83,10 +104,17 @@ void SqliteStatement::Finalizer::operator()(sqlite3_stmt* pStatement) const { sq
 
 SqliteStatement::SqliteStatement(sqlite3* pDatabase, const std::string& sql) : m_pDatabase(pDatabase) {
   sqlite3_stmt* pStatement = nullptr;
-  const int result = sqlite3_prepare_v2(pDatabase, sql.c_str(), -1, &pStatement, nullptr);
+  const char* pTail = nullptr;
+  const int result = sqlite3_prepare_v2(pDatabase, sql.c_str(), -1, &pStatement, &pTail);
   m_pStatement.reset(pStatement);
+  if (result != SQLITE_OK) {
+    const std::string_view message = sqlite3_errmsg(pDatabase);
+    const auto isIn = [message](std::string_view part) { return message.find(part) != std::string_view::npos; };
+    if (std::ranges::any_of(kLimitMessages, isIn)) throw SqliteLimitError(std::string(message));
+  }
   Check(result);
-  if (!pStatement) throw SqliteError("there is no statement");
+  if (!pStatement) throw std::runtime_error("there is no statement");
+  if (!IsEmpty(pDatabase, pTail)) throw std::runtime_error("there is more than one statement");
 }
 
 void SqliteStatement::Check(int result) const {
@@ -114,7 +142,8 @@ void SqliteStatement::BindParameters(std::span<const SqliteValue> values) {
     const int number = NumberOf(pName);
     if (!pName) continue;  // a gap in the numbers
     if (number < 1 || static_cast<std::size_t>(number) > values.size()) {
-      throw SqliteError(std::string("the parameter ") + pName + " has no value");
+      throw std::runtime_error("the parameter " + (number < 1 ? pName : '$' + std::to_string(number)) +
+                               " has no value");
     }
     Bind(i, values[static_cast<std::size_t>(number) - 1]);
   }

@@ -18,6 +18,12 @@ class SqliteError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// A statement that is beyond what SQLite can do: one with too many parts, or parts too deep in each other.
+class SqliteLimitError : public SqliteError {
+ public:
+  using SqliteError::SqliteError;
+};
+
 /// A value of SQLite: null, an integer, a real or a text. Bytes come as the text of their digits, x'..'.
 using SqliteValue = std::variant<std::monostate, std::int64_t, double, std::string>;
 using SqliteRow = std::vector<SqliteValue>;
@@ -33,7 +39,8 @@ class SqliteStatement;
 /// A connection to a database file, on which LIKE tells letter cases apart. It knows functions that SQLite
 /// lacks: stddev_pop, stddev_samp and median, and those of numbers where the library was built without them.
 ///
-/// All operations raise SqliteError. A connection belongs to one thread at a time.
+/// All operations raise SqliteError, and std::runtime_error for what is no single statement, or lacks a parameter. A
+/// connection belongs to one thread at a time.
 class SqliteDatabase {
  public:
   enum class Access { kReadOnly, kReadWrite };

@@ -203,9 +203,11 @@ BuiltList QueryBuilder::BuildBlock(SqlNode select, QueryScope* pOuter) {
   aggregates.PutOrderOfQuery(*list);
   CheckGroups(select, scope, *list, places);
   SetLimits(select, *list);
-  if (m_pObserver) {
-    m_pObserver->OnScope(scope);
-    m_pObserver->OnBlock(*list);
+  // What the observer builds over the block is no part of the query, and not told of.
+  if (QueryObserver* const pObserver = std::exchange(m_pObserver, nullptr)) {
+    pObserver->OnScope(scope);
+    pObserver->OnBlock(*list);
+    m_pObserver = pObserver;
   }
   CompileJoins(*list);
   built.m_list = Heap<RqAbstractList>(list.Release());

@@ -78,6 +78,8 @@ class QueryScope final : public SqlScope {
   ColumnUses GetColumnUses() const override;
 
   BlockAggregates& GetAggregates() { return m_aggregates; }
+  /// Whether names may mean columns of blocks around this one.
+  bool HasOuter() const { return m_pOuter != nullptr; }
 
   /// The node is the place of an error. Raises SqlError for a name that another table has, and for a logical table that
   /// stands there already: attributes name their table alone, so the two could not be told apart.

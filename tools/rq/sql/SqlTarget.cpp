@@ -26,15 +26,18 @@ SqlTarget::Dialect DialectOf(ServerInfo::TargetType target) {
 /// Words that one of the dialects does not take as a name, in their order.
 constexpr auto kReservedWords = std::to_array<std::string_view>({
     "abort",
+    "add",
     "all",
     "alter",
     "analyse",
     "analyze",
     "and",
+    "anti",
     "any",
     "array",
     "as",
     "asc",
+    "asof",
     "asymmetric",
     "at",
     "authorization",
@@ -128,12 +131,16 @@ constexpr auto kReservedWords = std::to_array<std::string_view>({
     "overlaps",
     "partition",
     "pivot",
+    "pivot_longer",
+    "pivot_wider",
     "placing",
+    "positional",
     "preceding",
     "primary",
     "qualify",
     "raise",
     "range",
+    "recursive",
     "references",
     "regexp",
     "release",
@@ -144,6 +151,7 @@ constexpr auto kReservedWords = std::to_array<std::string_view>({
     "rows",
     "savepoint",
     "select",
+    "semi",
     "session_user",
     "set",
     "show",
@@ -162,6 +170,7 @@ constexpr auto kReservedWords = std::to_array<std::string_view>({
     "unbounded",
     "union",
     "unique",
+    "unpack",
     "unpivot",
     "update",
     "user",
@@ -215,9 +224,14 @@ std::string SqlTarget::Quote(std::string_view name) const {
   return quoted + m_quote;
 }
 
-std::string SqlTarget::GetTableName(const VoidID& tableID) const {
-  RefATable table(&m_gateway, tableID);
-  if (const VoidID base = table->GetAliasedTableID(); !base.IsNullID()) table = RefATable(&m_gateway, base);
+RefATable SqlTarget::FindBaseTable(const VoidID& tableID) const {
+  const RefATable table(&m_gateway, tableID);
+  const VoidID base = table->GetAliasedTableID();
+  return base.IsNullID() ? table : RefATable(&m_gateway, base);
+}
+
+std::string SqlTarget::GetBareTableName(const VoidID& tableID) const {
+  const RefATable table = FindBaseTable(tableID);
   KXString name = table->GetName();
   std::vector<std::pair<Expr, KXString>> names;
   table->GetDynamicNames(names);
@@ -226,7 +240,11 @@ std::string SqlTarget::GetTableName(const VoidID& tableID) const {
     where.GetObjectsInExpr(&m_gateway, objects, false);
     if (!objects.empty() && objects.front()->GetID() == m_database->GetID()) name = dynamicName;
   }
-  const RefASchema schema(&m_gateway, table->GetParentID());
-  const std::string bare = Quote(name.ToUTF8());
+  return name.ToUTF8();
+}
+
+std::string SqlTarget::GetTableName(const VoidID& tableID) const {
+  const RefASchema schema(&m_gateway, FindBaseTable(tableID)->GetParentID());
+  const std::string bare = Quote(GetBareTableName(tableID));
   return IsSqlite() || !schema ? bare : Quote(schema->GetName().ToUTF8()) + '.' + bare;
 }

@@ -40,8 +40,12 @@ class SqlTarget {
   /// The table as the database has it: an alias of the model goes by its table's name. In front stands the schema,
   /// which tables of SQLite do not have.
   std::string GetTableName(const VoidID& tableID) const;
+  /// Its name alone, without quotes.
+  std::string GetBareTableName(const VoidID& tableID) const;
 
  private:
+  RefATable FindBaseTable(const VoidID& tableID) const;
+
   RefADatabase m_database;
   MemoryGateway& m_gateway;
   Dialect m_dialect;

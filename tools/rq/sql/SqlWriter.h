@@ -73,6 +73,7 @@ class SqlWriter {
 
   /// The text of a list at the present indent. Names of its visible columns.
   std::string List(const RqAbstractList& list, const Names& names);
+  std::string ListText(const RqAbstractList& list, const Names& names);
   std::string Block(const RqList& list, const Names& names);
   std::string SelectClause(const RqList& list, const std::vector<int>& columns, const Names& names);
   std::string RowsClauses(const RqList& list);
@@ -86,6 +87,9 @@ class SqlWriter {
   std::string SetOperator(const RqAbstractList& list, const Names& names);
   template <class Operator>
   std::string Branches(const Operator& list, const Names& names, const std::string& words);
+  template <class Operator>
+  std::string FirstBranches(const Operator& list, int count, const Names& names, const std::string& words);
+  bool IsFlatFirstBranch(const RqAbstractList& branch, const RqAbstractList& list) const;
   std::string NumberedBranches(const RqAbstractList& list, const Names& names, const std::string& words);
   std::string Branch(const RqAbstractList& list, const Names& names);
   /// "(", the text of the list and ")", indented, on lines of its own.
@@ -98,6 +102,8 @@ class SqlWriter {
 
   // Names (SqlWriterNames.cpp).
 
+  /// No common table expression has the name of a table of the database.
+  void TakeTableNames();
   static std::vector<int> VisibleColumns(const RqAbstractList& list);
   Names VisibleNames(const RqAbstractList& list);
   /// Of all columns, also hidden ones.
@@ -146,6 +152,7 @@ class SqlWriter {
   SqlExprText LookupCase(const RqExpr& expr);
   SqlExprText IfCase(const RqExpr& expr);
   SqlExprText Coalesce(const RqExpr& expr);
+  SqlExprText NullIf(const RqExpr& expr);
   SqlExprText Cast(const RqExpr& expr);
   SqlExprText IndexCol(const RqExpr& expr);
   SqlExprText Evaluate(const RqExpr& expr);
@@ -166,6 +173,7 @@ class SqlWriter {
 
   SqlExprText Aggregate(const RqExprAggr& expr);
   bool HasGroupingSetsToExpand() const;
+  void RequireWindow(const RqExprAggr& aggr) const;
   SqlExprText AggregateOfGroup(const RqExprAggr& aggr, const RqExprCond* pFilter);
   SqlExprText Deviation(const RqExprAggr& aggr, const RqExprCond* pFilter);
   SqlExprText AggregateWithBreak(const RqExprAggr& aggr, const RqExprCond* pFilter);
@@ -192,6 +200,10 @@ class SqlWriter {
   SqlExprText Exists(const RqExprCond& cond);
   /// Operands of a comparison: as timestamps if they are moments of two kinds.
   std::vector<std::string> Comparable(const std::vector<const RqExpr*>& exprs);
+  std::vector<std::string> ComparableRows(const std::vector<const RqExpr*>& rows);
+  /// The operand of a comparison with a value of the class.
+  std::string ComparableWith(const RqExpr& expr, SqlValueClass otherClass);
+  SqlExprText InSubquery(const RqExprCondIn& cond);
   /// The block of a subquery, which the feature is needed for.
   const RqAbstractList& SubqueryBlock(const RqExpr& expr, FeatureId feature);
   std::string SubqueryText(const RqExpr& expr, FeatureId feature);
@@ -215,6 +227,14 @@ class SqlWriter {
   // Of the columns that are grouped by, those that the grouping set being written does not have, and has.
   std::vector<const RqExpr*> m_nulls;
   std::vector<const RqExpr*> m_kept;
+  // The same of the blocks around the innermost one, in which they hold in all clauses.
+  std::vector<const RqExpr*> m_outerNulls;
+  std::vector<const RqExpr*> m_outerKept;
   const RqList* m_pBlock = nullptr;  ///< The innermost block being written.
   std::set<int> m_tablesAgain;       ///< Tables that stand in the statement twice and are being written again.
 };
+
+/// Whether a tree, other than in the blocks of its subqueries, has an aggregate.
+bool HasAggregates(const RqNode* pNode);
+/// Whether a block reads columns of tables that are not its own.
+bool IsCorrelated(const RqAbstractList& block);

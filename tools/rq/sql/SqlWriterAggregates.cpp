@@ -87,11 +87,6 @@ bool Has(const RqNode* pNode, const Predicate& predicate) {
   return false;
 }
 
-bool IsAggregate(const RqNode& node) {
-  const auto* const pExpr = dynamic_cast<const RqExpr*>(&node);
-  return pExpr && pExpr->IsAggr();
-}
-
 bool IsOfGroup(const RqNode& node) {
   const auto* const pAggr = dynamic_cast<const RqExprAggr*>(&node);
   return pAggr && std::ranges::find(kAggregates, pAggr->GetObjectType(), &AggregateKind::m_kind) != kAggregates.end() &&
@@ -159,7 +154,8 @@ SqlExprText SqlWriter::Aggregate(const RqExprAggr& expr) {
     Refuse("an aggregate that is computed at a finer grain", &expr);
   }
   const RqExprColumnList* const pBreak = pAggr->GetControlBreak();
-  if (!HasColumns(pBreak) || IsGroupingOf(*pBreak, *m_pBlock)) {
+  const bool bOverAggregate = HasAggregates(pAggr->GetAggrExpr());
+  if (!HasColumns(pBreak) || (!bOverAggregate && IsGroupingOf(*pBreak, *m_pBlock))) {
     // What is aggregated are the rows, in which a column has its value whatever the grouping set.
     const ValueScope nulls(m_nulls, {});
     return AggregateOfGroup(*pAggr, pFilter);
@@ -168,6 +164,16 @@ SqlExprText SqlWriter::Aggregate(const RqExprAggr& expr) {
 }
 
 bool SqlWriter::HasGroupingSetsToExpand() const { return !m_nulls.empty() || !m_kept.empty(); }
+
+/// A database whose standard has windows has a feature of some function over one.
+void SqlWriter::RequireWindow(const RqExprAggr& aggr) const {
+  for (const FeatureId id : {F::kFeature_Rank, F::kFeature_DenseRank, F::kFeature_RowNum, F::kFeature_Percentile,
+                             F::kFeature_NTile, F::kFeature_MovingAvg, F::kFeature_MovingSum, F::kFeature_RunningSum,
+                             F::kFeature_RunningCount, F::kFeature_RunningMax, F::kFeature_RunningMin}) {
+    if (m_target.Can(id)) return;
+  }
+  Refuse("a window, for none of whose functions it has a feature,", &aggr);
+}
 
 /// The call over the rows of a group, with what stands behind a call.
 SqlExprText SqlWriter::AggregateOfGroup(const RqExprAggr& aggr, const RqExprCond* pFilter) {
@@ -191,6 +197,7 @@ SqlExprText SqlWriter::AggregateOfGroup(const RqExprAggr& aggr, const RqExprCond
     if (bDistinct) Refuse("the median of distinct values", &aggr);
     return {"percentile_cont(0.5) WITHIN GROUP (ORDER BY " + argument + ')' + filter};
   }
+  if (kind.m_kind == kRqExprAggrListAgg && m_target.GetDialect() == SqlTarget::kStandard) Refuse("GROUP_CONCAT", &aggr);
   if (kind.m_kind == kRqExprAggrListAgg && !m_target.IsSqlite()) return {"string_agg(" + argument + ", ',')" + filter};
   return {std::string(kind.m_function) + '(' + argument + ')' + filter};
 }
@@ -235,14 +242,18 @@ std::string SqlWriter::PartitionText(const RqExprColumnList* pBreak) {
 SqlExprText SqlWriter::AggregateWithBreak(const RqExprAggr& aggr, const RqExprCond* pFilter) {
   const AggregateKind& kind = *std::ranges::find(kAggregates, aggr.GetObjectType(), &AggregateKind::m_kind);
   const std::string over = " OVER (" + PartitionText(aggr.GetControlBreak()) + ')';
-  const bool bOverAggregate = Has(aggr.GetAggrExpr(), IsAggregate);
+  const bool bOverAggregate = HasAggregates(aggr.GetAggrExpr());
   const bool bGrouped = IsGrouped(*m_pBlock);
   const bool bNeedsGroup = kind.m_kind == kRqExprAggrMedian || kind.m_kind == kRqExprAggrListAgg ||
                            (kind.m_kind == kRqExprAggrStddev && m_target.IsSqlite());
   if (bOverAggregate || !bGrouped) {
-    if (!IsDistinct(aggr) && !bNeedsGroup) return {AggregateOfGroup(aggr, pFilter).m_text + over};
+    if (!IsDistinct(aggr) && !bNeedsGroup) {
+      RequireWindow(aggr);
+      return {AggregateOfGroup(aggr, pFilter).m_text + over};
+    }
     if (bOverAggregate) Refuse("a window over distinct or sorted values of groups", &aggr);
   } else if (kind.m_combining && !IsDistinct(aggr) && !m_pBlock->GetHaving()) {
+    RequireWindow(aggr);
     return {std::string(kind.m_combining) + '(' + AggregateOfGroup(aggr, pFilter).m_text + ')' + over};
   }
   return AggregateOfTables(aggr, pFilter);
@@ -295,6 +306,7 @@ std::string SqlWriter::WindowFunction(const RqExprAggr& aggr, const RqExprCond* 
   const auto* const pRank = dynamic_cast<const RqExprAggrRank*>(&aggr);
   const bool bDense = pRank && pRank->IsDenseRank();
   Require(bDense ? F::kFeature_DenseRank : kind.m_feature, &aggr);
+  RequireWindow(aggr);
   if (kind.m_kind == kRqExprAggrTopN || kind.m_kind == kRqExprAggrBottomN) Refuse("a list of the first rows", &aggr);
   if (IsDistinct(aggr)) Refuse("a window over distinct values", &aggr);
   const RqExpr& expr = *aggr.GetAggrExpr();

@@ -15,11 +15,17 @@ namespace {
 
 constexpr std::size_t kMaxLine = 110;
 constexpr std::size_t kMaxQuotedText = 100;
+constexpr int kMaxBranches = 250;  ///< SQLite takes 500 in one chain.
 
 std::string Joined(const std::vector<std::string>& parts, std::string_view separator) {
   std::string text;
   for (const std::string& part : parts) text.append(text.empty() ? "" : separator).append(part);
   return text;
+}
+
+std::vector<const RqExpr*> Concatenated(std::vector<const RqExpr*> first, const std::vector<const RqExpr*>& second) {
+  first.insert(first.end(), second.begin(), second.end());
+  return first;
 }
 
 bool HasOwnEnd(const RqAbstractList& list) {
@@ -32,6 +38,8 @@ bool HasGroupingSets(const RqAbstractList& list) {
   return pBlock && pBlock->GetGroupBy() && pBlock->GetGroupBy()->IsGroupingSet();
 }
 
+}  // namespace
+
 bool HasAggregates(const RqNode* pNode) {
   if (!pNode) return false;
   const auto* const pExpr = dynamic_cast<const RqExpr*>(pNode);
@@ -41,8 +49,6 @@ bool HasAggregates(const RqNode* pNode) {
   }
   return false;
 }
-
-}  // namespace
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Refusals
@@ -98,9 +104,7 @@ std::string SqlWriter::FilterLines(const char* word, const std::vector<std::stri
 // Statements
 
 std::string SqlWriter::Write(const RqAbstractList& list, const std::vector<std::string>& names) {
-  for (const RefATable& table : m_target.GetGateway().GetObjects<ATable>()) {
-    m_takenNames.insert(table->GetName().ToUTF8());
-  }
+  TakeTableNames();
   Names columns = VisibleNames(list);
   if (!names.empty() && names.size() < columns.size()) columns.resize(names.size());
   for (std::size_t i = 0; i < std::min(names.size(), columns.size()); ++i) {
@@ -122,6 +126,12 @@ std::string SqlWriter::List(const RqAbstractList& list, const Names& names) {
   KXThread::LowStackCheck(0);
   const ValueScope depth(m_depth, m_depth + 1);
   RequireAtMost(SUFeaturesTable::kFeature_MaxNestedLevel, m_depth - 1, &list);
+  return ListText(list, names);
+}
+
+/// The list on the level of what stands around it.
+std::string SqlWriter::ListText(const RqAbstractList& list, const Names& names) {
+  KXThread::LowStackCheck(0);
   switch (list.GetObjectType()) {
     case kRqList:
       return Block(static_cast<const RqList&>(list), names);
@@ -130,9 +140,9 @@ std::string SqlWriter::List(const RqAbstractList& list, const Names& names) {
     case kRqExcept:
       return SetOperator(list, names);
     case kRqStats:
-      return List(*static_cast<const RqStats&>(list).GetInnerList(), names);
+      return ListText(*static_cast<const RqStats&>(list).GetInnerList(), names);
     case kRqCanonicalMap:
-      return List(*static_cast<const RqCanonicalMap&>(list).GetInnerList(), names);
+      return ListText(*static_cast<const RqCanonicalMap&>(list).GetInnerList(), names);
     default:
       Refuse("a list of this kind", &list);
   }
@@ -141,6 +151,10 @@ std::string SqlWriter::List(const RqAbstractList& list, const Names& names) {
 std::string SqlWriter::Block(const RqList& list, const Names& names) {
   if (list.GetSummaryFilter()) Refuse("a summary filter", list.GetSummaryFilter());
   const ValueScope block(m_pBlock, &list);
+  const ValueScope outerNulls(m_outerNulls, Concatenated(m_outerNulls, m_nulls));
+  const ValueScope outerKept(m_outerKept, Concatenated(m_outerKept, m_kept));
+  const ValueScope nulls(m_nulls, {});
+  const ValueScope kept(m_kept, {});
   const RqGroupBy* const pGroupBy = list.GetGroupBy();
   if (pGroupBy && pGroupBy->IsGroupingSet() && !m_target.Can(SUFeaturesTable::kFeature_GroupByGroupingSets)) {
     return ExpandedGroupingSets(list, names);
@@ -158,12 +172,17 @@ std::string SqlWriter::SelectClause(const RqList& list, const std::vector<int>& 
   RequireAtMost(SUFeaturesTable::kFeature_MaxColumnsInSelect, columns.size(), &list);
   if (list.IsDistinct()) Require(SUFeaturesTable::kFeature_Distinct, nullptr);
   const std::string words = list.IsDistinct() ? "SELECT DISTINCT " : "SELECT ";
+  // SQLite takes the condition of a single group only where an aggregate is selected; what else is selected is
+  // constant.
+  const bool bLacksAggregate =
+      m_target.IsSqlite() && list.GetHaving() && !list.GetGroupBy() && !HasAggregates(list.GetProjection());
   std::vector<std::string> items;
   std::size_t length = static_cast<std::size_t>(m_indent) + words.size();
   for (std::size_t i = 0; i < columns.size(); ++i) {
     const ValueScope indent(m_indent, m_indent + 7);
     const RqExpr& expr = *list.GetProjection()->GetIthColumn(columns[i])->GetExpr();
     std::string item = Argument(expr);
+    if (i == 0 && bLacksAggregate) item = "CASE WHEN count(*) >= 0 THEN " + item + " END";
     if (!names.empty()) {
       const std::string alias = m_target.Quote(names[i]);
       // A column goes by its name.
@@ -191,8 +210,12 @@ std::string SqlWriter::RowsClauses(const RqList& list) {
   if (const RqHaving* const pHaving = list.GetHaving(); pHaving && pHaving->GetCond()) {
     const PlaceScope place(*this, "HAVING");
     Require(SUFeaturesTable::kFeature_Having, pHaving->GetCond());
-    const ValueScope indent(m_indent, m_indent + 2);
-    text += FilterLines("HAVING", Conjuncts(*pHaving->GetCond(), true));
+    std::vector<std::string> conditions;
+    {
+      const ValueScope indent(m_indent, m_indent + 2);
+      conditions = Conjuncts(*pHaving->GetCond(), true);
+    }
+    text += FilterLines("HAVING", conditions);
   }
   return text;
 }
@@ -421,20 +444,44 @@ std::string SqlWriter::SetOperator(const RqAbstractList& list, const Names& name
 std::string SqlWriter::Branch(const RqAbstractList& list, const Names& names) {
   const bool bOperator = list.IsRqUnion() || list.IsRqIntersect() || list.IsRqExcept();
   const bool bExpanded = HasGroupingSets(list) && !m_target.Can(SUFeaturesTable::kFeature_GroupByGroupingSets);
-  if (!bOperator && !bExpanded && !HasOwnEnd(list)) return List(list, names);
+  if (!bOperator && !bExpanded && !HasOwnEnd(list)) return ListText(list, names);
   const std::string text = Enclosed(list, names);
   // A branch in brackets is none to SQLite.
   return m_target.IsSqlite() ? "SELECT *" + NewLine() + "FROM " + text : text;
 }
 
+/// Whether a set operator can be the first branch of another without brackets: they bind to the left, and INTERSECT
+/// more tightly than the others but in SQLite.
+bool SqlWriter::IsFlatFirstBranch(const RqAbstractList& branch, const RqAbstractList& list) const {
+  if (HasOwnEnd(branch) || !(branch.IsRqUnion() || branch.IsRqIntersect() || branch.IsRqExcept())) return false;
+  return m_target.IsSqlite() || branch.IsRqIntersect() || !list.IsRqIntersect();
+}
+
 template <class Operator>
 std::string SqlWriter::Branches(const Operator& list, const Names& names, const std::string& words) {
+  return FirstBranches(list, list.GetNumLists(), names, words) + LimitClause(list);
+}
+
+/// As many branches, from the first one on. What is too long for one chain begins with a query of its own.
+template <class Operator>
+std::string SqlWriter::FirstBranches(const Operator& list, int count, const Names& names, const std::string& words) {
+  const int begin = m_target.IsSqlite() && count > kMaxBranches ? count - kMaxBranches : 0;
   std::string text;
-  for (int i = 0; i < list.GetNumLists(); ++i) {
-    if (i > 0) text += NewLine() + words + NewLine();
-    text += Branch(*list.GetIthList(i), i == 0 ? names : Names());
+  if (begin > 0) {
+    KXThread::LowStackCheck(0);
+    const ValueScope depth(m_depth, m_depth + 1);
+    RequireAtMost(SUFeaturesTable::kFeature_MaxNestedLevel, m_depth - 1, &list);
+    const ValueScope indent(m_indent, m_indent + 4);
+    text = FirstBranches(list, begin, names, words);
   }
-  return text + LimitClause(list);
+  if (begin > 0) text = "SELECT *" + NewLine() + "FROM " + EnclosedText(text);
+  for (int i = begin; i < count; ++i) {
+    if (i > 0) text += NewLine() + words + NewLine();
+    const RqAbstractList& branch = *list.GetIthList(i);
+    const bool bFlat = i == 0 && IsFlatFirstBranch(branch, list);
+    text += bFlat ? ListText(branch, names) : Branch(branch, i == 0 ? names : Names());
+  }
+  return text;
 }
 
 /// INTERSECT ALL and EXCEPT ALL where there are none: equal rows of a branch are numbered, and so told apart.

@@ -166,6 +166,28 @@ std::vector<std::string> SqlWriter::Comparable(const std::vector<const RqExpr*>&
   return texts;
 }
 
+std::vector<std::string> SqlWriter::ComparableRows(const std::vector<const RqExpr*>& rows) {
+  std::vector<std::string> texts(rows.size());
+  for (int i = 0; i < rows.front()->GetNumOperands(); ++i) {
+    std::vector<const RqExpr*> column;
+    for (const RqExpr* const pRow : rows) {
+      if (pRow->GetNumOperands() != rows.front()->GetNumOperands()) Refuse("rows of different lengths", pRow);
+      column.push_back(pRow->GetIthOperand(i));
+    }
+    const std::vector<std::string> values = Comparable(column);
+    for (std::size_t row = 0; row < rows.size(); ++row) texts[row] += (i == 0 ? "(" : ", ") + values[row];
+  }
+  for (std::string& text : texts) text += ')';
+  return texts;
+}
+
+std::string SqlWriter::ComparableWith(const RqExpr& expr, SqlValueClass otherClass) {
+  const SqlValueClass exprClass = Class(expr);
+  const bool bConvert =
+      m_target.IsSqlite() && exprClass == SqlValueClass::kDate && otherClass == SqlValueClass::kTimestamp;
+  return bConvert ? AsTimestamp(expr) : Operand(expr, SqlPrecedence::kConcat);
+}
+
 SqlExprText SqlWriter::Comparison(const RqExprCond& cond, const char* sign, FeatureId feature) {
   Require(feature, &cond);
   const std::vector<std::string> operands = Comparable({cond.GetIthOperand(0), cond.GetIthOperand(1)});
@@ -236,17 +258,51 @@ SqlExprText SqlWriter::Like(const RqExprCondLike& cond) {
 
 SqlExprText SqlWriter::In(const RqExprCondIn& cond) {
   Require(F::kFeature_In, &cond);
-  const RqExpr& search = *cond.GetIthOperand(RqExprCondIn::kSearchExpr);
-  const RqExpr& values = *cond.GetIthOperand(RqExprCondIn::kInValues);
   if (cond.GetObjectType() == kRqExprCondMultiColumnIn && !m_target.Can(F::kFeature_IsMultiColumnIn)) {
     const OwnedRqExprCondPtr expanded(static_cast<const RqExprCondMultiColumnIn&>(cond).Expand());
     if (!expanded) Refuse(SqlTarget::NameOf(F::kFeature_IsMultiColumnIn), &cond);
     return Condition(*expanded, false);
   }
-  if (!dynamic_cast<const RqExprSubquery*>(&values)) return InList(cond);
-  return {Operand(search, SqlPrecedence::kConcat) + (cond.IsNegated() ? " NOT IN " : " IN ") +
-              SubqueryText(values, F::kFeature_InSubquery),
-          SqlPrecedence::kComparison};
+  const RqExpr* const pValues = cond.GetIthOperand(RqExprCondIn::kInValues);
+  return dynamic_cast<const RqExprSubquery*>(pValues) ? InSubquery(cond) : InList(cond);
+}
+
+/// To SQLite a date and a timestamp are texts that differ: the date is converted, on either side.
+SqlExprText SqlWriter::InSubquery(const RqExprCondIn& cond) {
+  const RqExpr& search = *cond.GetIthOperand(RqExprCondIn::kSearchExpr);
+  const RqExpr& values = *cond.GetIthOperand(RqExprCondIn::kInValues);
+  const char* const pWord = cond.IsNegated() ? " NOT IN " : " IN ";
+  if (!m_target.IsSqlite() || !dynamic_cast<const RqExprPhysicalSubquery*>(&values)) {
+    return {Operand(search, SqlPrecedence::kConcat) + pWord + SubqueryText(values, F::kFeature_InSubquery),
+            SqlPrecedence::kComparison};
+  }
+  const RqAbstractList& list = SubqueryBlock(values, F::kFeature_InSubquery);
+  const bool bRow = cond.GetObjectType() == kRqExprCondMultiColumnIn;
+  const int numColumns = bRow ? search.GetNumOperands() : 1;
+  const std::string alias = 'Q' + std::to_string(m_numQuantified + 1);
+  const Names names = VisibleNames(list);
+  if (names.size() != static_cast<std::size_t>(numColumns)) Refuse("rows of different lengths", &cond);
+  std::string left;
+  std::string columns;
+  bool bConverted = false;
+  for (int i = 0; i < numColumns; ++i) {
+    const RqExpr& value = bRow ? *search.GetIthOperand(i) : search;
+    const SqlValueClass columnClass = ClassOfColumn(list, i, m_target.GetGateway());
+    const bool bConvert = columnClass == SqlValueClass::kDate && Class(value) == SqlValueClass::kTimestamp;
+    bConverted |= bConvert;
+    const std::string column = alias + '.' + m_target.Quote(names.at(static_cast<std::size_t>(i)));
+    columns += (i == 0 ? "" : ", ") + (bConvert ? "datetime(" + column + ')' : column);
+    left += (i == 0 ? "" : ", ") + ComparableWith(value, columnClass);
+  }
+  if (bRow) left = '(' + left + ')';
+  if (!bConverted) return {left + pWord + Enclosed(list, {}), SqlPrecedence::kComparison};
+  ++m_numQuantified;
+  std::string rows;
+  {
+    const ValueScope indent(m_indent, m_indent + 4);
+    rows = "SELECT " + columns + NewLine() + "FROM " + Enclosed(list, names) + " AS " + alias;
+  }
+  return {left + pWord + EnclosedText(rows), SqlPrecedence::kComparison};
 }
 
 /// A list that is too long is split: x IN (a, b, c) = x IN (a, b) OR x IN (c).
@@ -262,12 +318,7 @@ SqlExprText SqlWriter::InList(const RqExprCondIn& cond) {
     }
     exprs.push_back(&value);
   }
-  std::vector<std::string> texts;
-  if (bRows) {
-    for (const RqExpr* const pRow : exprs) texts.push_back(Row(*pRow).m_text);
-  } else {
-    texts = Comparable(exprs);
-  }
+  const std::vector<std::string> texts = bRows ? ComparableRows(exprs) : Comparable(exprs);
   const std::size_t limit = std::max<std::size_t>(m_target.GetLimit(F::kFeature_MaxEntriesPerInList), 1);
   std::vector<std::string> parts;
   for (std::size_t begin = 1; begin < texts.size();) {
@@ -292,7 +343,9 @@ const RqAbstractList& SqlWriter::SubqueryBlock(const RqExpr& expr, FeatureId fea
   const auto* const pSubquery = dynamic_cast<const RqExprPhysicalSubquery*>(&expr);
   if (!pSubquery) Refuse("a subquery that is not compiled to a block", &expr);
   if (!pSubquery->GetSubqueryRqAbstractList()) Refuse("a subquery whose block has been left out", &expr);
-  return *pSubquery->GetSubqueryRqAbstractList();
+  const RqAbstractList& block = *pSubquery->GetSubqueryRqAbstractList();
+  if (IsCorrelated(block)) Require(F::kFeature_CorrelatedSubquery, &expr);
+  return block;
 }
 
 std::string SqlWriter::SubqueryText(const RqExpr& expr, FeatureId feature) {
@@ -320,15 +373,24 @@ SqlExprText SqlWriter::Quantified(const RqExprCond& cond, const char* sign, bool
 ///      x < ALL (q) is false if x < y is for a row; else null if it is null for one; else true.
 /// In a filter it is enough to know where they are true.
 SqlExprText SqlWriter::QuantifiedByExists(const RqExprCond& cond, const char* sign, bool bAll, bool bFilter) {
-  if (!m_target.Can(F::kFeature_ExistsSubquery)) Refuse(SqlTarget::NameOf(F::kFeature_QuantifiedSubquery), &cond);
+  // The operand would be one of the subquery's filter, where an aggregate of the block has no place.
+  if (!m_target.Can(F::kFeature_ExistsSubquery) || HasAggregates(cond.GetIthOperand(0))) {
+    Refuse(SqlTarget::NameOf(F::kFeature_QuantifiedSubquery), &cond);
+  }
   const RqAbstractList& list = SubqueryBlock(*cond.GetIthOperand(1), F::kFeature_ExistsSubquery);
+  if (!cond.GetIthOperand(0)->IsConstant()) Require(F::kFeature_CorrelatedSubquery, &cond);
   const std::string alias = 'Q' + std::to_string(++m_numQuantified);
-  const std::string column = alias + '.' + m_target.Quote(VisibleNames(list).at(0));
+  const RqExpr& value = *cond.GetIthOperand(0);
+  const SqlValueClass columnClass = ClassOfColumn(list, 0, m_target.GetGateway());
+  std::string column = alias + '.' + m_target.Quote(VisibleNames(list).at(0));
+  if (m_target.IsSqlite() && columnClass == SqlValueClass::kDate && Class(value) == SqlValueClass::kTimestamp) {
+    column = "datetime(" + column + ')';
+  }
   const auto exists = [&](const std::string& before, const std::string& behind) {
     std::string rows;
     {
       const ValueScope indent(m_indent, m_indent + 4);
-      const std::string comparison = Operand(*cond.GetIthOperand(0), SqlPrecedence::kConcat) + sign + column;
+      const std::string comparison = ComparableWith(value, columnClass) + sign + column;
       rows = "SELECT 1" + NewLine() + "FROM " + Enclosed(list, VisibleNames(list)) + " AS " + alias + NewLine() +
              "WHERE " + before + comparison + behind;
     }

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <limits>
 #include <optional>
 
 #include "Query/Optimizer/Request/Expressions/SQORRqExprDateTime.h"
@@ -114,7 +115,8 @@ constexpr auto kDifferences = std::to_array<Difference>({
     {KXDateTime::kWeek,
      "CAST(julianday(date($2)) + 0.5 AS INTEGER) / 7 - CAST(julianday(date($1)) + 0.5 AS INTEGER) "
      "/ 7",
-     "(CAST(date_trunc('week', $2) AS date) - CAST(date_trunc('week', $1) AS date)) / 7", "'week'"},
+     "(CAST(date_trunc('week', $2) AS date) - CAST(date_trunc('week', $1) AS date)) / 7",
+     "=date_diff('day', date_trunc('week', $1), date_trunc('week', $2)) // 7", kMultiply},
     {KXDateTime::kMonth, "(strftime('%Y', $2) - strftime('%Y', $1)) * 12 + strftime('%m', $2) - strftime('%m', $1)",
      "CAST((EXTRACT(YEAR FROM $2) - EXTRACT(YEAR FROM $1)) * 12 + EXTRACT(MONTH FROM $2) - EXTRACT(MONTH FROM $1) AS "
      "integer)",
@@ -161,7 +163,14 @@ struct Interval {
   bool m_bDays = true;  ///< Whether it is one of whole days.
 };
 
-/// Reads "INTERVAL '14' DAY" and "INTERVAL '1 year 2 days'"; none for other forms.
+/// sum += number * factor. False if that is too much, or so much that one more would be.
+bool AddProduct(std::int64_t& sum, std::int64_t number, std::int64_t factor) {
+  std::int64_t product = 0;
+  return !__builtin_mul_overflow(number, factor, &product) && !__builtin_add_overflow(sum, product, &sum) &&
+         sum < std::numeric_limits<std::int64_t>::max();
+}
+
+/// Reads "INTERVAL '14' DAY" and "INTERVAL '1 year 2 days'"; none for other forms and for numbers that are too large.
 std::optional<Interval> ReadInterval(std::string text, bool bNegative) {
   std::ranges::transform(text, text.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; });
   constexpr std::string_view kWord = "interval";
@@ -190,15 +199,16 @@ std::optional<Interval> ReadInterval(std::string text, bool bNegative) {
     });
     const bool bWeek = word == "week";
     if ((unit == kUnits.end() && !bWeek) || word == "millisecond") return {};
-    if (bNegative) number = -number;
+    const int sign = bNegative ? -1 : 1;
     if (!bWeek && unit->m_months > 0) {
-      interval.m_months += number * unit->m_months;
+      if (!AddProduct(interval.m_months, number, sign * unit->m_months)) return {};
       continue;
     }
+    std::int64_t count = 0;
+    if (!AddProduct(count, number, sign * (bWeek ? 7 : 1))) return {};
     const bool bDays = bWeek || unit->m_unit == KXDateTime::kDay;
     interval.m_bDays &= bDays;
-    interval.m_modifiers.push_back('\'' + std::to_string(bWeek ? number * 7 : number) + (bWeek ? " day" : ' ' + word) +
-                                   "s'");
+    interval.m_modifiers.push_back('\'' + std::to_string(count) + (bWeek ? " day" : ' ' + word) + "s'");
   }
   return interval;
 }
@@ -269,6 +279,7 @@ SqlExprText SqlWriter::TimestampDiff(const RqExpr& expr) {
   if (!pSpelling) Refuse(SqlTarget::NameOf(F::kFeature_TimestampDiff) + " in fractions of seconds", &expr);
   const RqExpr* const operands[] = {expr.GetIthOperand(0), expr.GetIthOperand(1)};
   if (m_target.GetDialect() != SqlTarget::kDuckdb) return Filled(pSpelling, operands, difference.m_precedence);
+  if (pSpelling[0] == '=') return Filled(pSpelling + 1, operands, difference.m_precedence);
   Require(F::kFeature_TimestampDiff, &expr);
   return Filled("date_diff(" + std::string(pSpelling) + ", $1, $2)", operands, kPrimary);
 }
@@ -325,7 +336,10 @@ SqlExprText SqlWriter::MomentArithmetic(const RqExpr& expr, const RqExpr& moment
                                         bool bSubtract) {
   const char* const pSign = bSubtract ? " - " : " + ";
   if (!m_target.IsSqlite()) {
-    return {Operand(moment, kAdd) + pSign + Operand(amount, kMultiply), kAdd};
+    // A field is a number of another type than the one that is added to dates.
+    const bool bCast = amount.GetObjectType() == kRqExprCalendarExtract && Class(moment) == SqlValueClass::kDate;
+    const std::string text = bCast ? "CAST(" + Argument(amount) + " AS integer)" : Operand(amount, kMultiply);
+    return {Operand(moment, kAdd) + pSign + text, kAdd};
   }
   const bool bDate = Class(moment) == SqlValueClass::kDate;
   const SqlValueClass amountClass = Class(amount);

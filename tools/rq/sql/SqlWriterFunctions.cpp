@@ -256,9 +256,12 @@ SqlExprText SqlWriter::Cast(const RqExpr& expr) {
     case KXCharData:
     case KXVarCharData: {
       const bool bChar = cast.GetToDataType() == KXCharData;
-      if (!bSqlite) return as((bChar ? "char" : "varchar") + precision);
-      if (precision.empty()) return as("TEXT");
-      return {"substr(CAST(" + Argument(operand) + " AS TEXT), 1, " + std::to_string(cast.GetPrecision()) + ')'};
+      // SQLite and DuckDB keep the whole text, whatever the length.
+      const bool bCuts = !bSqlite && m_target.GetDialect() != SqlTarget::kDuckdb;
+      if (bCuts || (precision.empty() && !bSqlite)) return as((bChar ? "char" : "varchar") + precision);
+      const SqlExprText whole = as(bSqlite ? "TEXT" : "varchar");
+      if (precision.empty()) return whole;
+      return {"substr(" + whole.m_text + ", 1, " + std::to_string(cast.GetPrecision()) + ')'};
     }
     case KXDateData:
       return bSqlite ? SqlExprText{"date(" + Argument(operand) + ')'} : as("date");

@@ -16,6 +16,12 @@ std::string LowerCase(std::string text) {
 
 }  // namespace
 
+void SqlWriter::TakeTableNames() {
+  for (const RefATable& table : m_target.GetGateway().GetObjects<ATable>()) {
+    m_takenNames.insert(LowerCase(m_target.GetBareTableName(table->GetID())));
+  }
+}
+
 std::string SqlWriter::TableAlias(const RqIdentifiedTable& table) const {
   const int number = table.GetTableNumber();
   return (table.IsDerivedTable() ? 'D' : 'T') + std::to_string(number) +
@@ -106,6 +112,8 @@ std::string SqlWriter::NameCommonExpr(const RqAbstractList& list, const std::str
   m_commonNames[&list] = name;
   const PlaceScope place(*this, "the common table expression " + name);
   const ValueScope indent(m_indent, 2);
+  const ValueScope depth(m_depth, std::uint32_t{1});
+  const ValueScope caseDepth(m_caseDepth, 0);
   const ValueScope nulls(m_nulls, {});
   const ValueScope kept(m_kept, {});
   const ValueScope again(m_tablesAgain, {});

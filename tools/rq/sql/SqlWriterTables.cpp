@@ -30,6 +30,8 @@ void CollectTableNumbers(const RqNode* pNode, std::set<int>& numbers) {
   KXThread::LowStackCheck(0);
   if (!pNode) return;
   switch (pNode->GetObjectType()) {
+    case kRqSharedList:
+      return;  // Its columns lead to a list that stands elsewhere.
     case kRqTargetColumn:
       numbers.insert(static_cast<const RqTargetColumn*>(pNode)->GetSourceTableNumber());
       break;
@@ -48,6 +50,23 @@ void CollectTableNumbers(const RqNode* pNode, std::set<int>& numbers) {
       break;
   }
   for (int i = 0; i < pNode->GetNumChildren(); ++i) CollectTableNumbers(pNode->GetIthChild(i), numbers);
+}
+
+/// The numbers of the tables of blocks in the tree, those in subqueries included.
+void CollectOwnTables(const RqNode* pNode, std::set<int>& numbers) {
+  KXThread::LowStackCheck(0);
+  if (!pNode) return;
+  if (const auto* const pTable = dynamic_cast<const RqIdentifiedTable*>(pNode)) {
+    numbers.insert(pTable->GetTableNumber());
+  }
+  if (pNode->GetObjectType() == kRqExprPhysicalSubquery) {
+    CollectOwnTables(static_cast<const RqExprPhysicalSubquery*>(pNode)->GetSubqueryRqAbstractList(), numbers);
+  } else if (pNode->GetObjectType() == kRqJoinNode) {
+    for (const RqJoinLink* const pLink : static_cast<const RqJoinNode*>(pNode)->GetIncidentLinks()) {
+      CollectOwnTables(pLink->GetJoinCond(), numbers);
+    }
+  }
+  for (int i = 0; i < pNode->GetNumChildren(); ++i) CollectOwnTables(pNode->GetIthChild(i), numbers);
 }
 
 bool Includes(const std::set<int>& all, const std::set<int>& some) { return std::ranges::includes(all, some); }
@@ -69,6 +88,14 @@ bool HasOpenOuterLinks(const RqJoinSpec& joinSpec) {
 }
 
 }  // namespace
+
+bool IsCorrelated(const RqAbstractList& block) {
+  std::set<int> read;
+  std::set<int> own;
+  CollectTableNumbers(&block, read);
+  CollectOwnTables(&block, own);
+  return !Includes(own, read);
+}
 
 /// A FROM clause as a chain of joins, from the left, in which what stands on the right is a table or a chain in
 /// brackets.

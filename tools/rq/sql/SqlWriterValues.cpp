@@ -53,6 +53,7 @@ SqlExprText SqlWriter::Value(const RqExpr& expr) {
       {kRqExprLookupCase, &SqlWriter::LookupCase},
       {kRqExprIfCase, &SqlWriter::IfCase},
       {kRqExprCoalesce, &SqlWriter::Coalesce},
+      {kRqExprNullIf, &SqlWriter::NullIf},
       {kRqExprCast, &SqlWriter::Cast},
       {kRqExprIndexCol, &SqlWriter::IndexCol},
       {kRqExprEvaluate, &SqlWriter::Evaluate},
@@ -66,11 +67,13 @@ SqlExprText SqlWriter::Value(const RqExpr& expr) {
       {kRqExprGroupingId, &SqlWriter::GroupingId},
   };
   KXThread::LowStackCheck(0);
-  if (!m_nulls.empty()) {
-    const auto isExpr = [&expr](const RqExpr* pOther) { return RqEquivalence()(*pOther, expr); };
-    if (std::ranges::any_of(m_nulls, isExpr)) return {"NULL"};
-    if (std::ranges::any_of(m_kept, isExpr)) {
-      const ValueScope nulls(m_nulls, {});
+  // What a grouping set has keeps its value even if it is computed from a column that the set does not have.
+  const auto isExpr = [&expr](const RqExpr* pOther) { return RqEquivalence()(*pOther, expr); };
+  for (const auto& [pNulls, pKept] : {std::pair(&m_nulls, &m_kept), std::pair(&m_outerNulls, &m_outerKept)}) {
+    if (pNulls->empty()) continue;
+    if (std::ranges::any_of(*pNulls, isExpr)) return {"NULL"};
+    if (std::ranges::any_of(*pKept, isExpr)) {
+      const ValueScope nulls(*pNulls, {});
       return Value(expr);
     }
   }
@@ -229,7 +232,8 @@ SqlExprText SqlWriter::Arithmetic(const RqExpr& expr) {
   if (op.m_kind == kRqExprConcat) {
     const auto operand = [&](const RqExpr& part, bool bLeft) {
       const SqlExprText text = Value(part);
-      const bool bBare = bLeft && text.m_precedence == kConcat;
+      // Other operators that bind as loosely bind less tightly than || in SQLite.
+      const bool bBare = bLeft && part.GetObjectType() == kRqExprConcat;
       return bBare ? text.m_text : Parenthesized(text, op.m_right);
     };
     std::string text = operand(left, true) + op.m_sign;
@@ -246,10 +250,10 @@ SqlExprText SqlWriter::Division(const RqExpr& expr) {
   const RqExpr& left = *expr.GetIthOperand(0);
   const RqExpr& right = *expr.GetIthOperand(1);
   const auto isExact = [this](const RqExpr& operand) {
+    // A column of SQLite may hold any number as an integer.
+    if (m_target.IsSqlite()) return !IsAlwaysReal(operand, m_target.GetGateway());
     const SqlValueClass operandClass = Class(operand);
-    if (operandClass == SqlValueClass::kReal) return false;
-    // A column of SQLite may hold an exact number as an integer.
-    return m_target.IsSqlite() || operandClass != SqlValueClass::kDecimal;
+    return operandClass != SqlValueClass::kReal && operandClass != SqlValueClass::kDecimal;
   };
   const bool bCast = m_target.GetDialect() != SqlTarget::kDuckdb && isExact(left) && isExact(right);
   std::string text;
@@ -273,9 +277,12 @@ SqlExprText SqlWriter::LookupCase(const RqExpr& expr) {
   const auto& choice = static_cast<const RqExprLookupCase&>(expr);
   Require(SUFeaturesTable::kFeature_CaseLookup, &expr);
   const ValueScope depth(m_caseDepth, m_caseDepth + 1);
-  std::string text = "CASE " + Operand(*choice.GetKeyValue(), SqlPrecedence::kConcat);
+  std::vector<const RqExpr*> keys{choice.GetKeyValue()};
+  for (int i = 0; i < choice.GetNumLookupEntries(); ++i) keys.push_back(choice.GetIthEntryKey(i));
+  const std::vector<std::string> texts = Comparable(keys);
+  std::string text = "CASE " + texts[0];
   for (int i = 0; i < choice.GetNumLookupEntries(); ++i) {
-    text += " WHEN " + Argument(*choice.GetIthEntryKey(i)) + " THEN " + Argument(*choice.GetIthEntryValue(i));
+    text += " WHEN " + texts[static_cast<std::size_t>(i) + 1] + " THEN " + Argument(*choice.GetIthEntryValue(i));
   }
   if (const RqExpr* const pDefault = choice.GetDefaultReturnValue()) text += " ELSE " + Argument(*pDefault);
   return {text + " END"};
@@ -300,6 +307,18 @@ SqlExprText SqlWriter::Coalesce(const RqExpr& expr) {
   std::string text;
   for (int i = 0; i < expr.GetNumOperands(); ++i) text += (i == 0 ? "" : ", ") + Argument(*expr.GetIthOperand(i));
   return {"coalesce(" + text + ')'};
+}
+
+/// A date that is compared with a timestamp stays a date.
+SqlExprText SqlWriter::NullIf(const RqExpr& expr) {
+  const RqExpr& value = *expr.GetIthOperand(0);
+  const RqExpr& other = *expr.GetIthOperand(1);
+  const SqlValueClass valueClass = Class(value);
+  if (!m_target.IsSqlite() || !AreMixedMoments(valueClass, Class(other))) return Function(expr);
+  Require(SUFeaturesTable::kFeature_NullIf, &expr);
+  const std::vector<std::string> operands = Comparable({&value, &other});
+  if (valueClass == SqlValueClass::kTimestamp) return {"nullif(" + operands[0] + ", " + operands[1] + ')'};
+  return {"CASE WHEN " + operands[0] + " = " + operands[1] + " THEN NULL ELSE " + Argument(value) + " END"};
 }
 
 /// The column of the number that the index says, the first of number 0; null for any other number.

@@ -82,15 +82,18 @@ class MemoryLogicalTableSource final : public MemoryRpObject<ALogicalTableSource
   VoidIDVector m_contentLevelIDs;
 };
 
-/// An expression of which the objects in it are known.
+/// An expression of which the objects in it are known, and its text, if it was told.
 class MemoryExpr final : public AExpr {
  public:
-  explicit MemoryExpr(VoidIDVector objectIDs) : m_objectIDs(std::move(objectIDs)) {}
+  explicit MemoryExpr(VoidIDVector objectIDs, const KXString& text = {})
+      : m_objectIDs(std::move(objectIDs)), m_text(text) {}
   const VoidIDVector& GetObjectIDs() const { return m_objectIDs; }
   void AppendObjects(ARpGateway* pRp, std::vector<RefARpObject>& objects, bool bRecursive) const override;
+  KXString GetText(ARpGateway*) const override { return m_text; }
 
  private:
   VoidIDVector m_objectIDs;
+  KXString m_text;
 };
 
 /// An attribute of the entity that contains it.
@@ -104,8 +107,7 @@ class MemoryAttribute final : public MemoryRpObject<AAttribute, kTIDAAttribute> 
 
   /// Computes the attribute from these objects.
   MemoryAttribute& SetExpr(VoidIDVector objectIDs, const KXString& text = {}) {
-    m_expr.emplace(std::move(objectIDs));
-    m_exprText = text;
+    m_expr.emplace(std::move(objectIDs), text);
     return *this;
   }
   /// The objects as they were set; none without an expression.
@@ -117,7 +119,6 @@ class MemoryAttribute final : public MemoryRpObject<AAttribute, kTIDAAttribute> 
   VoidID GetEntityID() const override { return GetParentID(); }
   VoidID GetAlternateSortOrderID() const override { return m_alternateSortOrderID; }
   Expr GetExpr() const override { return m_expr ? Expr(&*m_expr) : Expr(); }
-  KXString GetExprText() const override { return m_exprText; }
   void GetSourceColumnIDs(VoidIDVector& ids) const override { ids = m_sourceColumnIDs; }
   KXTypeInfo GetTypeInfo() const override { return m_typeInfo; }
   void GetAggregationRules(std::vector<RpAggregationRule>& rules) const override { rules = m_rules; }
@@ -125,7 +126,6 @@ class MemoryAttribute final : public MemoryRpObject<AAttribute, kTIDAAttribute> 
  private:
   VoidID m_alternateSortOrderID;
   std::optional<MemoryExpr> m_expr;
-  KXString m_exprText;
   VoidIDVector m_sourceColumnIDs;
   KXTypeInfo m_typeInfo;
   std::vector<RpAggregationRule> m_rules;

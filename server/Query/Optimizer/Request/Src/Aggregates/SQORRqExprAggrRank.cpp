@@ -54,8 +54,8 @@ RqExprAggrRank::RqExprAggrRank(RqExpr* pExpr, const SortDirectonVector& sortDire
       m_bCreatedForTopOrBottomN(bCreatedForTopOrBottomN) {
   if (sortDirections.empty()) {
     m_sortDirections = AllDescending(GetAggrExpr());
-  } else {
-    pExpr = GetAggrExpr();
+  } else if (pExpr && pExpr->IsMultiExpr()) {
+    // Wanted: a single expression may have any number of directions, of which the first is its own.
     KX_ASSERT_TEXT(pExpr->GetNumOperands() == std::ssize(sortDirections),
                    L"pExpr->GetNumOperands() == sortDirections.size()");
   }

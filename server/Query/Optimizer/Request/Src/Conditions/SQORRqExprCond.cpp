@@ -80,7 +80,11 @@ bool RqExprCondEquality::IsAlwaysTrue() const {
   return AreSameValue(*GetIthOperand(kLeftOperand), *GetIthOperand(kRightOperand));
 }
 
-/// Values of different kinds are not compared: an integer literal may well equal a float literal.
+/// Values of different kinds are not compared: an integer literal may well equal a float literal. Wanted: constants of
+/// one kind that are not of one form count as different values whatever they come out as: parameters ($1 = $2), the
+/// token of the current date beside a date, computed ones (1 + 2 = 0 + 3, upper('x') = upper('X')). Where they are
+/// equal after all, a form in which this was folded lacks the rows that it lets through, and has those that its
+/// negation keeps out.
 bool RqExprCondEquality::IsAlwaysFalse() const {
   const RqExpr& left = *GetIthOperand(kLeftOperand);
   const RqExpr& right = *GetIthOperand(kRightOperand);
@@ -259,6 +263,8 @@ RqExprCondIsNull::RqExprCondIsNull(RqExpr* pExpr, bool bNegated) : RqNodeImpl(bN
   AddChild(pExpr);
 }
 
+/// Wanted: every constant that is not known for null by its form counts as not null, so a parameter does, and
+/// NULLIF(1, 1).
 bool RqExprCondIsNull::IsOperandNeverNull() const {
   const RqExpr& operand = *GetIthOperand(kOperand);
   return operand.IsConstant() && !operand.IsAlwaysNull();
@@ -328,7 +334,9 @@ bool RqExprCondIn::IsAlwaysTrue() const {
          AllEntries(values, [&](const RqExpr& value) { return IsNullLiteral(value) || AreSameValue(value, search); });
 }
 
-/// Every value is a constant of the kind looked for and another one; so it is with no values at all.
+/// Every value is a constant of the kind looked for and another one; so it is with no values at all. Wanted: they are
+/// other ones by their form, as those of an equality are, so 1 + 2 in (0 + 3) is false, and so is a row in rows that
+/// differ from it in a kind alone: (1, 2) in ((1.0, 2)).
 bool RqExprCondIn::IsAlwaysFalse() const {
   if (!MayFold(*this)) return false;
   const RqExpr& search = *GetIthOperand(kSearchExpr);

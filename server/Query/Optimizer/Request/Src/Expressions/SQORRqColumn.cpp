@@ -71,11 +71,14 @@ bool RqTargetColumn::IsEquivalentIgnoreDerivedTypes(const RqExpr& rhs, const RqE
          m_columnID == right.m_columnID && m_columnName == right.m_columnName;
 }
 
-bool RqTargetColumn::IsShallowLessThan(const RqExpr& rhs) const {
-  return IsShallowLessThanByKey(*this, rhs, [](const RqTargetColumn& e) {
-    return std::tuple<int, std::uint32_t, const VoidID&, const KXString&>(
-        e.GetSourceTableNumber(), e.m_repositoryUniqueID, e.m_columnID, e.m_columnName);
-  });
+std::tuple<int, std::uint32_t, const VoidID&, const KXString&> RqTargetColumn::OrderKey(const RqTargetColumn& column) {
+  return {column.GetSourceTableNumber(), column.m_repositoryUniqueID, column.m_columnID, column.m_columnName};
+}
+
+bool RqTargetColumn::IsShallowLessThan(const RqExpr& rhs) const { return IsShallowLessThanByKey(*this, rhs, OrderKey); }
+
+std::weak_ordering RqTargetColumn::CompareShallow(const RqExpr& rhs) const {
+  return CompareShallowByKey(*this, rhs, OrderKey);
 }
 
 KXString RqTargetColumn::GetColumnName(ARpGateway* pRp) const {

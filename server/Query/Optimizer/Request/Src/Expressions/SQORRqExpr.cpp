@@ -61,25 +61,21 @@ bool RqExpr::IsEquivalent(const RqExpr& rhs, const RqEquivalence& pred) const {
 
 namespace {
 
-// The order of two nodes without their operands, under each rule. The two rules of this library are not asked by a
-// virtual call, and for most nodes that differ not at all, as those are of two kinds.
+// The order of two nodes without their operands, under each rule. The two rules of this library are not asked by
+// virtual calls in both directions.
+
+struct PlainRule {
+  std::weak_ordering Compare(const RqExpr& lhs, const RqExpr& rhs) const {
+    if (const std::weak_ordering order = CompareKinds(lhs, rhs); order != 0) return order;
+    return lhs.CompareShallow(rhs);
+  }
+};
 
 template <class IsLess>
 std::weak_ordering AskBothWays(const RqExpr& lhs, const RqExpr& rhs, const IsLess& isLess) {
   if (isLess(lhs, rhs)) return std::weak_ordering::less;
   return isLess(rhs, lhs) ? std::weak_ordering::greater : std::weak_ordering::equivalent;
 }
-
-struct PlainRule {
-  std::weak_ordering Compare(const RqExpr& lhs, const RqExpr& rhs) const {
-    if (!AreOfOneClass(lhs, rhs)) {
-      const RqNodeType_e type = lhs.GetObjectType();
-      const RqNodeType_e rhsType = rhs.GetObjectType();
-      if (type != rhsType) return type <=> rhsType;
-    }
-    return AskBothWays(lhs, rhs, [](const RqExpr& a, const RqExpr& b) { return a.IsShallowLessThan(b); });
-  }
-};
 
 /// Only aggregates have a share base.
 struct ShareBaseRule {

@@ -227,6 +227,11 @@ bool RqExprValueLiteral<Derived, kKind>::IsShallowLessThan(const RqExpr& rhs) co
 }
 
 template <class Derived, RqNodeType_e kKind>
+std::weak_ordering RqExprValueLiteral<Derived, kKind>::CompareShallow(const RqExpr& rhs) const {
+  return CompareShallowByKey(static_cast<const Derived&>(*this), rhs, ValueOf);
+}
+
+template <class Derived, RqNodeType_e kKind>
 void RqExprValueLiteral<Derived, kKind>::ToByteVector(ByteVector& bv) {
   RqExprLiteral::ToByteVector(bv);
   WriteValue(bv, ValueOf(static_cast<const Derived&>(*this)));

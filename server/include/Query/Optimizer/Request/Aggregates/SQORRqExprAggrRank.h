@@ -60,7 +60,7 @@ class RqExprAggrRank final : public RqAggrKind<RqExprAggrRank, RqExprAggr, kRqEx
   /// Ranks from the greatest value down.
   RqExprAggrRank(RqExpr* pExpr, RqExprColumnList* pControlBreak, RqExprColumnList* pComputeBreak, bool bDistinct,
                  bool bDenseRank, bool bCreatedForTopOrBottomN);
-  /// As many directions as columns; none is as above.
+  /// As many directions as the column list that is ranked by has columns; none is as above.
   RqExprAggrRank(RqExpr* pExpr, const SortDirectonVector& sortDirections, RqExprColumnList* pControlBreak,
                  RqExprColumnList* pComputeBreak, bool bDistinct, bool bDenseRank, bool bCreatedForTopOrBottomN);
   RqExprAggrRank(const RqExprAggrRank& rhs, bool bNewIDs, bool bDeepCopy);

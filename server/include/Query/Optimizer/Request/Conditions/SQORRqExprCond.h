@@ -12,7 +12,10 @@
 /// An expression whose value is a truth value.
 ///
 /// Folding (IsAlwaysTrue, IsAlwaysFalse) answers whether the truth value is known without data; false means only that
-/// it is not known. Each node below is asked once.
+/// it is not known. Each node below is asked once. Wanted: it is known by form, and nothing is computed: nulls are left
+/// out of account, and constants of one kind that are not of one form count as different values, parameters and
+/// computed ones too. What folds may thus be wrong for a row, and a rewriting that folds may change the rows of such a
+/// request.
 class RqExprCond : public RqExpr {
  public:
   RqExprCond() = default;

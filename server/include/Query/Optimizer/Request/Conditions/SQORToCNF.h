@@ -12,6 +12,12 @@ class BitClauseConjunction;
 // number of distinct atoms. TELMA_DNF_COMPLEXITY_LIMIT (1024) bounds the disjunctive form. A value that is no number
 // counts as none. All of them raise ErrorMessage when the stack runs low or the job is cancelled.
 //
+// What is always true is left out of a conjunction and what is always false of a disjunction, by the folding of
+// RqExprCond. Wanted: that goes by form, so a result may be true in other rows than its condition where that compares a
+// value with itself, joins a condition with its negation, or compares constants that are no literals: $1 = $2 or a = 1
+// becomes a = 1. Wanted too: a disjunction loses a conjunction of nothing but parts that are always true. A caller to
+// whom every row matters looks for such parts first.
+//
 // Order of a result: single atoms first, as they first occur in the condition; then the clauses of several atoms, as
 // distribution brings them forth.
 

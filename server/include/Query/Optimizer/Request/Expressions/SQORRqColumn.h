@@ -1,6 +1,8 @@
 #pragma once
 
+#include <compare>
 #include <cstdint>
+#include <tuple>
 
 #include "Host/ARpGateway.h"
 #include "Host/KXString.h"
@@ -112,11 +114,14 @@ class RqTargetColumn : public RqNodeImpl<RqTargetColumn, RqColumn, kRqTargetColu
     return IsEquivalentIgnoreDerivedTypes(rhs, pred, false);
   }
   bool IsShallowLessThan(const RqExpr& rhs) const override;
+  std::weak_ordering CompareShallow(const RqExpr& rhs) const override;
   /// The related attributes and the related list are left out.
   void ToByteVector(ByteVector& bv) override;
   const_iterator FromByteVector(const_iterator start) override;
 
  private:
+  static std::tuple<int, std::uint32_t, const VoidID&, const KXString&> OrderKey(const RqTargetColumn& column);
+
   KXString m_columnName;
   std::int32_t m_tableNum = kUnknownTableNum;
   VoidID m_columnID;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <compare>
 #include <set>
+#include <type_traits>
 #include <typeinfo>
 #include <utility>
 #include <vector>
@@ -68,6 +70,8 @@ class RqExpr : public RqNode {
   /// False when the value is known to be zero or null. A session variable is read through pRp.
   virtual bool IsNonZeroValue([[maybe_unused]] ARpGateway* pRp) const { return true; }
   virtual bool Accept(AVisitorRqExpr& visitor) = 0;
+  /// The answers of IsShallowLessThan in both directions, by one call. A class overrides it only to be faster.
+  virtual std::weak_ordering CompareShallow(const RqExpr& rhs) const;
 
   /// Ends at this expression, whatever the visitor answers: a node visitor sees an expression as a leaf.
   AVisitorRqNode& Tour(AVisitorRqNode& visitor) override;
@@ -100,6 +104,11 @@ inline bool AreOfOneClass(const RqExpr& lhs, const RqExpr& rhs) { return &typeid
 
 inline bool RqExpr::IsShallowLessThan(const RqExpr& rhs) const {
   return !AreOfOneClass(*this, rhs) && GetObjectType() < rhs.GetObjectType();
+}
+
+inline std::weak_ordering RqExpr::CompareShallow(const RqExpr& rhs) const {
+  if (IsShallowLessThan(rhs)) return std::weak_ordering::less;
+  return rhs.IsShallowLessThan(*this) ? std::weak_ordering::greater : std::weak_ordering::equivalent;
 }
 
 using RqExprVector = std::vector<RqExpr*>;
@@ -170,16 +179,32 @@ bool EquivalentVectorExprs(const ConstRqExprVector& lhs, const ConstRqExprVector
 bool LessEquivalentVectorExprs(const RqExprVector& lhs, const RqExprVector& rhs);
 bool LessEquivalentVectorExprs(const ConstRqExprVector& lhs, const ConstRqExprVector& rhs);
 
+/// The order of two kinds, by number.
+inline std::weak_ordering CompareKinds(const RqExpr& lhs, const RqExpr& rhs) {
+  if (AreOfOneClass(lhs, rhs)) return std::weak_ordering::equivalent;
+  return lhs.GetObjectType() <=> rhs.GetObjectType();
+}
+
 /// The shallow order of a class with fields: kind by number, then key, a function that gives the fields in declared
 /// order as something with operator<. A tie is false.
 template <class Class, class KeyFunction>
 bool IsShallowLessThanByKey(const Class& lhs, const RqExpr& rhs, KeyFunction key) {
-  if (!AreOfOneClass(lhs, rhs)) {
-    const RqNodeType_e lhsType = lhs.GetObjectType();
-    const RqNodeType_e rhsType = rhs.GetObjectType();
-    if (lhsType != rhsType) return lhsType < rhsType;
-  }
+  if (const std::weak_ordering order = CompareKinds(lhs, rhs); order != 0) return order < 0;
   return key(lhs) < key(static_cast<const Class&>(rhs));
+}
+
+/// CompareShallow of a class whose IsShallowLessThan goes by that key.
+template <class Class, class KeyFunction>
+std::weak_ordering CompareShallowByKey(const Class& lhs, const RqExpr& rhs, KeyFunction key) {
+  if (const std::weak_ordering order = CompareKinds(lhs, rhs); order != 0) return order;
+  const auto& lhsKey = key(lhs);
+  const auto& rhsKey = key(static_cast<const Class&>(rhs));
+  if constexpr (std::three_way_comparable<std::remove_cvref_t<decltype(lhsKey)>, std::weak_ordering>) {
+    return lhsKey <=> rhsKey;
+  } else {
+    if (lhsKey < rhsKey) return std::weak_ordering::less;
+    return rhsKey < lhsKey ? std::weak_ordering::greater : std::weak_ordering::equivalent;
+  }
 }
 
 /// RqNodeImpl for expressions: both copies, typed, and Accept of the expression visitor. Node visitors get
@@ -201,6 +226,15 @@ class RqNodeImpl<Derived, Base, kKind> : public Base {
     return new Derived(static_cast<const Derived&>(*this), bNewIDs, true);
   }
   RqExpr* ShallowCopy() const override { return new Derived(static_cast<const Derived&>(*this), true, false); }
+
+  std::weak_ordering CompareShallow(const RqExpr& rhs) const override {
+    using OrderOfKinds = bool (RqExpr::*)(const RqExpr&) const;
+    if constexpr (std::is_same_v<decltype(&Derived::IsShallowLessThan), OrderOfKinds>) {
+      return CompareKinds(*this, rhs);
+    } else {
+      return RqExpr::CompareShallow(rhs);  // that of a base may know of fewer fields
+    }
+  }
 
   using Base::Accept;
   bool Accept(AVisitorRqExpr& visitor) override {

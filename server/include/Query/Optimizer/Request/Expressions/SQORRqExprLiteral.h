@@ -68,6 +68,7 @@ class RqExprValueLiteral : public RqNodeImpl<Derived, RqExprLiteral, kKind> {
 
   bool IsEquivalent(const RqExpr& rhs, const RqEquivalence& pred) const override;
   bool IsShallowLessThan(const RqExpr& rhs) const override;
+  std::weak_ordering CompareShallow(const RqExpr& rhs) const override;
   void ToByteVector(ByteVector& bv) override;
   const_iterator FromByteVector(const_iterator start) override;
 
@@ -101,6 +102,7 @@ class RqExprStringLiteral final : public RqExprValueLiteral<RqExprStringLiteral,
   PropertyValue* MakePropertyValue() const override;
   bool IsEquivalent(const RqExpr& rhs, const RqEquivalence& pred) const override;
   bool IsShallowLessThan(const RqExpr& rhs) const override;
+  std::weak_ordering CompareShallow(const RqExpr& rhs) const override { return RqExpr::CompareShallow(rhs); }
   bool IsNonZeroValue(ARpGateway*) const override { return !m_value.empty(); }
 
  private:
