@@ -52,6 +52,8 @@ TEST(StringLiterals, CompareAsTheServerIsConfigured) {
     EXPECT_EQ(right.IsEquivalent(left, RqEquivalence()), bEquivalent);
     EXPECT_EQ(left.IsShallowLessThan(right), order < 0);
     EXPECT_EQ(right.IsShallowLessThan(left), order > 0);
+    EXPECT_EQ(left.CompareShallow(right) < 0, order < 0);
+    EXPECT_EQ(left.CompareShallow(right) > 0, order > 0);
   }
   SUSystemConfig::GetSystemConfig().SetCaseSensitive(true);
 }
@@ -61,6 +63,7 @@ TEST(FloatLiterals, HoldNaNForNothingElse) {
   for (const RqExprFloatLiteral* pOther : {&nan, &otherNaN, &one}) {
     EXPECT_FALSE(nan.IsEquivalent(*pOther, RqEquivalence()) || pOther->IsEquivalent(nan, RqEquivalence()));
     EXPECT_FALSE(nan.IsShallowLessThan(*pOther) || pOther->IsShallowLessThan(nan));
+    EXPECT_TRUE(nan.CompareShallow(*pOther) == 0);
   }
 }
 

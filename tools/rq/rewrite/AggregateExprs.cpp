@@ -6,6 +6,7 @@
 #include "Query/Optimizer/Request/Expressions/SQORRqExprCase.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprLiteral.h"
 #include "Query/Optimizer/Request/Node/SQORRqNodeUtil.h"
+#include "rq/rewrite/RewriteRefusal.h"
 
 bool HoldsAggregate(const RqExpr& expr) {
   for (int i = 0; i < expr.GetNumOperands(); ++i) {
@@ -43,6 +44,9 @@ const RqExpr* FindGroupingColumn(const RqGroupBy* pGroupBy, const RqExpr& expr) 
   return nullptr;
 }
 
+namespace {
+
+/// Null if there is none.
 const RqNode* FindUngroupedAttribute(const RqNode& tree, const RqGroupBy* pGroupBy) {
   KXThread::LowStackCheck(0);
   if (tree.IsExpr() && FindGroupingColumn(pGroupBy, static_cast<const RqExpr&>(tree))) return nullptr;
@@ -54,6 +58,16 @@ const RqNode* FindUngroupedAttribute(const RqNode& tree, const RqGroupBy* pGroup
     if (pFound) return pFound;
   }
   return nullptr;
+}
+
+}  // namespace
+
+void RequireGroupedAttributes(RqList& block, ARpGateway* pRp) {
+  for (const RqNode* const pClause : ClausesBehindGrouping(block)) {
+    if (const RqNode* const pAttribute = FindUngroupedAttribute(*pClause, block.GetGroupBy())) {
+      throw RewriteRefusal(TextOf(*pAttribute, pRp) + " is not grouped by and stands outside of an aggregate");
+    }
+  }
 }
 
 OwnedRqExprPtr CountedOfNoRows(const RqExprAggr& aggr, OwnedRqExprPtr rendered) {

@@ -23,8 +23,8 @@ std::vector<RqNode*> ClausesBehindGrouping(RqList& block);
 /// The column of a grouping that the expression is, lent; null if it is none, and without a grouping.
 const RqExpr* FindGroupingColumn(const RqGroupBy* pGroupBy, const RqExpr& expr);
 
-/// An attribute of the tree that is evaluated behind the grouping, and is none of its columns; null if there is none.
-const RqNode* FindUngroupedAttribute(const RqNode& tree, const RqGroupBy* pGroupBy);
+/// Raises RewriteRefusal if an attribute is evaluated behind the grouping, and is none of its columns.
+void RequireGroupedAttributes(RqList& block, ARpGateway* pRp);
 
 /// What stands for an aggregate of all rows where it was rewritten to one of partial values, of which there may be
 /// none: the sum of no counts is null, and so a count gets a zero for it.

@@ -8,10 +8,16 @@ namespace {
 
 bool Contains(const VoidIDVector& ids, const VoidID& id) { return std::ranges::find(ids, id) != ids.end(); }
 
-VoidIDVector JoinedTables(ARpGateway& gateway, const VoidID& logicalTableID) {
+/// What an operation of a logical table appends; nothing if there is no such table.
+VoidIDVector IDsOf(ARpGateway& gateway, const VoidID& logicalTableID,
+                   void (ALogicalTable::*append)(VoidIDVector&) const) {
   VoidIDVector ids;
-  if (const RefALogicalTable table(&gateway, logicalTableID); table) table->GetJoinedTableIDs(ids);
+  if (const RefALogicalTable table(&gateway, logicalTableID); table) ((*table).*append)(ids);
   return ids;
+}
+
+VoidIDVector JoinedTables(ARpGateway& gateway, const VoidID& logicalTableID) {
+  return IDsOf(gateway, logicalTableID, &ALogicalTable::GetJoinedTableIDs);
 }
 
 bool IsNullable(ARpGateway& gateway, const VoidID& foreignKeyID) {
@@ -24,9 +30,7 @@ bool IsNullable(ARpGateway& gateway, const VoidID& foreignKeyID) {
 }  // namespace
 
 VoidIDVector SourcesOf(ARpGateway& gateway, const VoidID& logicalTableID) {
-  VoidIDVector ids;
-  if (const RefALogicalTable table(&gateway, logicalTableID); table) table->GetSourceIDs(ids);
-  return ids;
+  return IDsOf(gateway, logicalTableID, &ALogicalTable::GetSourceIDs);
 }
 
 VoidIDVector TablesOf(ARpGateway& gateway, const VoidID& sourceID) {

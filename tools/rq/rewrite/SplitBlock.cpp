@@ -15,7 +15,6 @@
 #include "Query/Optimizer/Request/Expressions/SQORRqExprCase.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprLiteral.h"
 #include "Query/Optimizer/Request/Node/SQORRqNodeUtil.h"
-#include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
 #include "rq/rewrite/AggregateExprs.h"
 #include "rq/rewrite/RequestNodes.h"
 #include "rq/rewrite/RewriteRefusal.h"
@@ -125,10 +124,6 @@ bool IsOutOfReach(const RqNode& node, const TablesOf& tables) {
   return !reference.IsValidDerivedColumnReference() || !tables.m_numbers.contains(reference.GetSourceTableNumber());
 }
 
-std::string NameOf(const RqNode& node, ARpGateway* pRp) {
-  return RqDumpout::StringFrom(node, false, false, pRp).ToUTF8();
-}
-
 void RequireGrain(const std::vector<OwnedRqExprPtr>& grain, const TablesOf& tables) {
   const auto isConstant = [](const OwnedRqExprPtr& column) { return column->IsConstant(); };
   if (std::ranges::all_of(grain, isConstant)) throw RewriteRefusal("the grain has no column");
@@ -154,15 +149,13 @@ void RequireSplittable(RqList& block, const std::vector<OwnedRqExprPtr>& grain, 
   }
   for (const RqExprAggr* const pAggr : aggregates) {
     if (const char* const pReason = ReasonAgainst(*pAggr)) {
-      throw RewriteRefusal(NameOf(*pAggr, pRp) + " cannot be split: " + pReason);
+      throw RewriteRefusal(TextOf(*pAggr, pRp) + " cannot be split: " + pReason);
     }
   }
   const TablesOf tables(*block.GetJoinSpec());
   RequireGrain(grain, tables);
+  RequireGroupedAttributes(block, pRp);
   for (RqNode* const pClause : ClausesBehindGrouping(block)) {
-    if (const RqNode* const pAttribute = FindUngroupedAttribute(*pClause, block.GetGroupBy())) {
-      throw RewriteRefusal(NameOf(*pAttribute, pRp) + " is not grouped by and stands outside of an aggregate");
-    }
     if (HasCorrelatedSubquery(*pClause, tables)) {
       throw RewriteRefusal("a subquery in the select list or in HAVING refers to columns of the query");
     }

@@ -12,7 +12,6 @@
 #include "Query/Optimizer/Request/Blocks/SQORRqTableReference.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprArithmetic.h"
 #include "Query/Optimizer/Request/Node/SQORRqNodeUtil.h"
-#include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
 #include "rq/rewrite/AggregateExprs.h"
 #include "rq/rewrite/RequestNodes.h"
 #include "rq/rewrite/RewriteRefusal.h"
@@ -46,10 +45,6 @@ bool IsMultipleOf(const RqExpr& expr, const RqAttribute& attribute) {
   }
 }
 
-std::string TextOf(const RqNode& node, MemoryGateway& gateway) {
-  return RqDumpout::StringFrom(node, false, false, &gateway).ToUTF8();
-}
-
 /// The logical tables that a block reads. Joins between them are those of the model, so the block says none of its own.
 VoidIDVector LogicalTablesOf(const RqList& block) {
   if (!block.GetJoinSpec()) throw RewriteRefusal("the query reads no table");
@@ -76,11 +71,7 @@ void RequireGroups(RqList& block, MemoryGateway& gateway) {
   if (block.GetGroupBy() && block.GetGroupBy()->IsGroupingSet()) {
     throw RewriteRefusal("a query with grouping sets groups more than once");
   }
-  for (const RqNode* const pClause : clauses) {
-    if (const RqNode* const pAttribute = FindUngroupedAttribute(*pClause, block.GetGroupBy())) {
-      throw RewriteRefusal(TextOf(*pAttribute, gateway) + " is not grouped by and stands outside of an aggregate");
-    }
-  }
+  RequireGroupedAttributes(block, &gateway);
 }
 
 }  // namespace
@@ -241,7 +232,7 @@ OwnedRqExprPtr SummaryAnswer::RewriteAggregate(const RqExprAggr& aggr) const {
     if (!rendered) rendered = RenderInsideExpr(aggr);
   }
   if (!rendered) {
-    throw RewriteRefusal(TextOf(aggr, m_gateway) + ": no mapping was found in " + NameOfSummary());
+    throw RewriteRefusal(TextOf(aggr, &m_gateway) + ": no mapping was found in " + NameOfSummary());
   }
   return m_bGrandTotal ? CountedOfNoRows(aggr, std::move(rendered)) : rendered;
 }
