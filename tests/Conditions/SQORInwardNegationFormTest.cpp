@@ -166,7 +166,17 @@ TEST(InwardNegationFormTest, ListsStayWholeUntilANegatedConnectiveForgetsToSayIt
 
 TEST(InwardNegationFormTest, AListOf512ValuesIsExpandedAndAListOfAnotherKindIsNot) {
   InwardNegationForm inwardNegationForm;
-  EXPECT_EQ(Rewrite(inwardNegationForm, *ParseCond(In(512))).atoms, Values(512, "a=", "; "));
+  const OwnedRqExprCondPtr list = ParseCond(In(512));
+  const Rewritten expanded = Rewrite(inwardNegationForm, *ParseCond(In(512)));
+  EXPECT_EQ(expanded.atoms, Values(512, "a=", "; "));
+  TruthTable::Row row;
+  EXPECT_EQ(TruthTable::Evaluate(expanded.cond.Get(), row), Truth::kUnknown);
+  for (int value = 0; value <= 513; ++value) {
+    row[0] = value;
+    const Truth truth = TruthTable::Evaluate(list.Get(), row);
+    ASSERT_EQ(truth, TruthOf(value >= 1 && value <= 512));
+    ASSERT_EQ(TruthTable::Evaluate(expanded.cond.Get(), row), truth) << value;
+  }
 
   const OwnedRqExprCondPtr noList(new RqExprCondIn(new RqExprIntegerLiteral(1), new RqExprIntegerLiteral(2), false));
   NegateCondExpr negateCondExpr;
