@@ -2,13 +2,14 @@
 // against the condition by a truth table over its atoms. Silent if they agree; the first row where they do not goes to
 // standard error, and the exit status is 1.
 
-#include <array>
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
