@@ -1,6 +1,6 @@
 // normal_form_truth ARGS: where ARGS are a command line of `rq normalize`, holds the normal form of each condition
-// against the condition by a truth table over its atoms. Silent if they agree; the first row where they do not goes to
-// standard error, and the exit status is 1.
+// against the condition by a truth table over its atoms. Prints how many agree; the first row where one does not goes
+// to standard error, and the exit status is 1. Conditions that were given up do not count.
 
 #include <algorithm>
 #include <cstdint>
@@ -251,31 +251,35 @@ std::optional<Formula> NormalFormOf(const RqExprCond& cond, const Arguments& arg
   return formula;
 }
 
-/// Whether the condition, if it is one, and its normal form agree.
-bool Agrees(const std::string& sql, const Arguments& arguments) {
-  OwnedRqExprCondPtr cond;
-  try {
-    cond = ParseCondition(sql);
-  } catch (const SqlError&) {
-    return true;
-  }
+enum class Verdict { kAgrees, kDiffers, kGivenUp };
+
+/// Raises SqlError for what is no condition.
+Verdict Compare(const std::string& sql, const Arguments& arguments) {
+  const OwnedRqExprCondPtr cond = ParseCondition(sql);
   Atoms atoms;
   const Formula formula = atoms.FormulaOf(*cond);
   ExpandRowInsToNegate(*cond);
   const std::optional<Formula> normalForm = NormalFormOf(*cond, arguments, atoms);
-  const std::optional<std::string> difference = normalForm ? FindDifference(formula, *normalForm, atoms) : std::nullopt;
-  if (difference)
-    std::cerr << "differs from its " << arguments.m_form << ": " << sql << "\n  where" << *difference << '\n';
-  return !difference;
+  if (!normalForm) return Verdict::kGivenUp;
+  const std::optional<std::string> difference = FindDifference(formula, *normalForm, atoms);
+  if (!difference) return Verdict::kAgrees;
+  std::cerr << "differs from its " << arguments.m_form << ": " << sql << "\n  where" << *difference << '\n';
+  return Verdict::kDiffers;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   const Arguments arguments = ReadArguments({argv + (argc > 1 ? 2 : 1), argv + argc});
-  bool bAllAgree = true;
+  int nAgree = 0;
+  int nDiffer = 0;
   RunOnBigStack([&] {
-    for (const std::string& condition : arguments.m_conditions) bAllAgree = Agrees(condition, arguments) && bAllAgree;
+    for (const std::string& condition : arguments.m_conditions) {
+      const Verdict verdict = Compare(condition, arguments);
+      nAgree += verdict == Verdict::kAgrees;
+      nDiffer += verdict == Verdict::kDiffers;
+    }
   });
-  return bAllAgree ? 0 : 1;
+  std::cout << nAgree << '\n';
+  return nDiffer == 0 ? 0 : 1;
 }

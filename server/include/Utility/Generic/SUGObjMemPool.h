@@ -133,8 +133,6 @@ class TypedObjPool final : public BaseObjPool {
 
   void ReturnToPool(void* pObj) override {
     KXCriticalSectionGuard lock(m_lock);
-    if (m_spareEntries.empty()) [[unlikely]]
-      m_spareEntries.emplace_front();
     m_spareEntries.front() = static_cast<T*>(pObj);
     m_objPool.splice_after(m_objPool.cbefore_begin(), m_spareEntries, m_spareEntries.cbefore_begin());
   }
@@ -161,15 +159,20 @@ class TypedObjPool final : public BaseObjPool {
   /// Requires: owner empty, m_lock held.
   template <class Owner, class... Value>
   [[gnu::noinline]] T* MakeNew(ObjPoolGuard<Owner>& owner, const Value&... value) {
-    T* const pObj = new T(value...);
     const bool bPooled = m_poolSize < kMaxPoolSize;
+    if (bPooled && m_numEntries == m_poolSize) {
+      m_spareEntries.emplace_front();
+      ++m_numEntries;
+    }
+    T* const pObj = new T(value...);
     owner.GiveOwnership(bPooled ? this : nullptr, pObj);
     if (bPooled) ++m_poolSize;
     return pObj;
   }
 
-  List m_objPool;       // free objects, the last one returned first
-  List m_spareEntries;  // list entries without an object, so that taking and returning allocate nothing
+  List m_objPool;                // free objects, the last one returned first
+  List m_spareEntries;           // list entries without an object, so that taking and returning allocate nothing
+  std::size_t m_numEntries = 0;  // in both lists: at least one for each object that is owed to the pool
 };
 
 /// A set of pools, one of which serves each call.

@@ -88,7 +88,7 @@ void BitClauseToTerms<TopClause>::VisitClause(ClauseType& clause) {
     for (RqExprCond*& pTerm : terms) m_terms.emplace_back(std::exchange(pTerm, nullptr));
     return;
   }
-  // Outer join filters have no strict order, with which std::sort may leave the range; a merge does not.
+  // The order of outer join filters is no strict one. std::sort may then read outside the range; a merge sort does not.
   if constexpr (!bKindOfTop) std::stable_sort(terms.begin(), terms.end(), LessEquivalentRqExprShareBase());
   OwnedRqExprCondPtr result;
   for (RqExprCond*& pTerm : terms) {

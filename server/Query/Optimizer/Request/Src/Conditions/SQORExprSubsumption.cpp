@@ -472,7 +472,7 @@ bool ExprSubsumptionTester::IsSubsumedBy(ARpGateway* pRp, const RqExprCond* a, c
   ToCNF toCNF[2];
   ConstRqExprVector conjuncts[2];
   for (int i = 0; const RqExprCond* const pCond : {a, b}) {
-    toCNF[i].GenerateCNF(*pCond, false, true, -1);
+    toCNF[i].GenerateCNF(*pCond, false, true, ToCNF::kLimitOfEnvironment);
     if (!toCNF[i].GetConversionSuccess()) return false;
     toCNF[i].GetConjuncts(conjuncts[i]);
     ++i;

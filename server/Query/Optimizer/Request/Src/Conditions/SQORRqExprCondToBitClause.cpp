@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <functional>
 
+#include "Host/KXAssert.h"
+
 RqExprCondToBitClause::RqExprCondToBitClause(const LiteralIndexMap& literalIndexMap)
     : m_literalIndexMap(literalIndexMap),
       m_ownedAddressIndex(literalIndexMap.begin(), literalIndexMap.end()),
@@ -18,9 +20,11 @@ int RqExprCondToBitClause::FindBit(RqExprCond& atom) const {
   if (const auto found = m_literalIndexMap.find(&atom); found != m_literalIndexMap.end()) return found->second;
   // Outer join filters have no strict order, so the search may pass by the equal that kept the atom out of the table.
   const LessEquivalentRqExpr isLess = m_literalIndexMap.key_comp();
-  return std::find_if(m_literalIndexMap.begin(), m_literalIndexMap.end(),
-                      [&](const auto& entry) { return !isLess(entry.first, &atom) && !isLess(&atom, entry.first); })
-      ->second;
+  const auto equal = std::find_if(m_literalIndexMap.begin(), m_literalIndexMap.end(), [&](const auto& entry) {
+    return !isLess(entry.first, &atom) && !isLess(&atom, entry.first);
+  });
+  KX_ASSERT_TEXT(equal != m_literalIndexMap.end(), L"the atom is not in the table");
+  return equal->second;
 }
 
 /// Starts a visitor of its own on the operand and adds what it makes.

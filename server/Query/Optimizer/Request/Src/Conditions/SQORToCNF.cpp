@@ -38,25 +38,24 @@ bool IsScoreAboveLimit(const RqExprCond& cond, bool bNegated, int complexityLimi
   return limit != 0 && InwardNegationForm::CheckComplexityScore(&cond, bNegated, limit) > limit;
 }
 
+const RqExprCond* CondOperand(const RqExprCond& cond, int i) {
+  return static_cast<const RqExprCond*>(cond.GetIthOperand(i));
+}
+
 /// Whether the condition has more distinct atoms than limit. Ends with the first that is one too many.
 bool CheckComplexityUniqueConds(const RqExprCond& cond, ConstRqExprSet& atoms, std::size_t limit) {
   KXThread::LowStackCheck(0);
-  if (cond.IsAndCond() || cond.IsOrCond()) {
-    return CheckComplexityUniqueConds(static_cast<const RqExprCond&>(*cond.GetIthOperand(0)), atoms, limit) ||
-           CheckComplexityUniqueConds(static_cast<const RqExprCond&>(*cond.GetIthOperand(1)), atoms, limit);
+  if (!cond.IsAndCond() && !cond.IsOrCond() && !cond.IsNotConnective()) {
+    return atoms.insert(&cond).second && atoms.size() > limit;
   }
-  if (cond.IsNotConnective()) {
-    return CheckComplexityUniqueConds(static_cast<const RqExprCond&>(*cond.GetIthOperand(0)), atoms, limit);
+  for (int i = 0; i < cond.GetNumOperands(); ++i) {
+    if (CheckComplexityUniqueConds(*CondOperand(cond, i), atoms, limit)) return true;
   }
-  return atoms.insert(&cond).second && atoms.size() > limit;
+  return false;
 }
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Harvest
-
-const RqExprCond* CondOperand(const RqExprCond& cond, int i) {
-  return static_cast<const RqExprCond*>(cond.GetIthOperand(i));
-}
 
 bool HasAndInside(const RqExprCond& cond) {
   return FoundNodes(&cond, [](const RqNode& node) {
@@ -152,7 +151,7 @@ bool HarvestLeafConjuncts(const RqExprCond* cond, ConstRqExprVector& out, bool& 
 // ToCNF
 
 RqExprCond* ToCNF::operator()(const RqExprCond& cond) {
-  GenerateCNF(cond, false, true, -1);
+  GenerateCNF(cond, false, true, kLimitOfEnvironment);
   return m_exprCNF.Release();
 }
 
@@ -236,8 +235,7 @@ void ToCNF::GatherCandidateCondsForAtomicCondWrap(RqExprCond* pCond, RqExprCondV
 // ToCNFConjuncts
 
 void ToCNFConjuncts::GenerateOwnedCNFConjuncts(const RqExprCond& cond, bool bConvertCondIn) {
-  constexpr int kLimitOfEnvironment = -1;
-  if (ToCNF::IsCondTooComplicated(cond, kLimitOfEnvironment)) {
+  if (ToCNF::IsCondTooComplicated(cond, ToCNF::kLimitOfEnvironment)) {
     CopyConjunctsAsTheyStand(cond);
     return;
   }

@@ -163,6 +163,15 @@ void RqExpr::FindEquivalentSubExprs(RqExpr* pRoot, const RqExpr& searchExpr, RqE
   }
 }
 
+void RqExpr::TakeOperands(RqExprVector& exprs) {
+  OwnedRqExprVector donated;
+  donated.swap(exprs);
+  for (RqExpr*& pExpr : donated) {
+    AddChild(pExpr);
+    pExpr = nullptr;
+  }
+}
+
 void RqExpr::FindSubExprs(RqExpr* pRoot, ConstRqExprVector& subExprs) {
   if (!pRoot) return;
   const int numOperands = pRoot->GetNumOperands();

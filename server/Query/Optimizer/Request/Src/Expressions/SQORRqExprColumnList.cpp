@@ -2,14 +2,7 @@
 
 #include <algorithm>
 
-RqExprColumnListOrdered::RqExprColumnListOrdered(RqExprVector& columns) {
-  OwnedRqExprVector donated;
-  donated.swap(columns);
-  for (RqExpr*& pColumn : donated) {
-    AddChild(pColumn);
-    pColumn = nullptr;
-  }
-}
+RqExprColumnListOrdered::RqExprColumnListOrdered(RqExprVector& columns) { TakeOperands(columns); }
 
 bool RqExprColumnListOrdered::HasEquivalentMember(const RqExpr& expr) const {
   const RqEquivalence equivalence;

@@ -3,8 +3,6 @@
 #include <compare>
 #include <tuple>
 
-#include "Host/DataBlobUtil.h"
-
 // Dimension
 
 RqExprDimension::RqExprDimension(ARpGateway* pRp, const VoidID& objID, const VoidID& presentationHierarchyID)
@@ -37,15 +35,11 @@ bool RqExprDimension::IsShallowLessThan(const RqExpr& rhs) const {
 
 void RqExprDimension::ToByteVector(ByteVector& bv) {
   RqNodeImpl::ToByteVector(bv);
-  m_objID.ToByteVector(bv);
-  DataBlobUtil::ToByteVector(bv, m_repositoryUniqueID);
-  m_presentationHierarchyID.ToByteVector(bv);
+  RqFieldBytes::Write(bv, *this, kWrittenFields);
 }
 
 const_iterator RqExprDimension::FromByteVector(const_iterator start) {
-  start = m_objID.FromByteVector(RqNodeImpl::FromByteVector(start));
-  start = DataBlobUtil::FromByteVector(start, m_repositoryUniqueID);
-  return m_presentationHierarchyID.FromByteVector(start);
+  return RqFieldBytes::Read(RqNodeImpl::FromByteVector(start), *this, kWrittenFields);
 }
 
 // Level
@@ -72,18 +66,11 @@ bool RqExprLevel::IsShallowLessThan(const RqExpr& rhs) const {
 
 void RqExprLevel::ToByteVector(ByteVector& bv) {
   RqNodeImpl::ToByteVector(bv);
-  m_objID.ToByteVector(bv);
-  DataBlobUtil::ToByteVector(bv, m_repositoryUniqueID);
-  DataBlobUtil::ToByteVector(bv, static_cast<std::int32_t>(m_levelType));
+  RqFieldBytes::Write(bv, *this, kWrittenFields);
 }
 
 const_iterator RqExprLevel::FromByteVector(const_iterator start) {
-  start = m_objID.FromByteVector(RqNodeImpl::FromByteVector(start));
-  start = DataBlobUtil::FromByteVector(start, m_repositoryUniqueID);
-  std::int32_t levelType = kUnknown;
-  start = DataBlobUtil::FromByteVector(start, levelType);
-  m_levelType = static_cast<LevelType>(levelType);
-  return start;
+  return RqFieldBytes::Read(RqNodeImpl::FromByteVector(start), *this, kWrittenFields);
 }
 
 // Member
@@ -95,13 +82,8 @@ RqExprMemberReference::RqExprMemberReference(RqExprLevel* pLevel, RqExprLiteral*
 }
 
 void RqExprMemberReference::SetLogicalKeyCols(RqExprVector& columns) {
-  OwnedRqExprVector donated;
-  donated.swap(columns);
   RemoveLogicalKeyCols();
-  for (RqExpr*& pColumn : donated) {
-    AddChild(pColumn);
-    pColumn = nullptr;
-  }
+  TakeOperands(columns);
 }
 
 void RqExprMemberReference::GetLogicalKeyCols(ConstRqExprVector& columns) const {

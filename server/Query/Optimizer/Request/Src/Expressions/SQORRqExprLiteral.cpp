@@ -12,6 +12,7 @@
 #include "Host/SUSystemConfig.h"
 #include "Host/SystemUtility.h"
 #include "Host/TypedFieldValue.h"
+#include "Query/Optimizer/Request/Node/SQORRqFieldBytes.h"
 
 PartitionedPools<TypedObjPool<RqExprIntegerLiteral>> global_integerPools;
 PartitionedPools<TypedObjPool<RqExprStringLiteral>> global_stringPools;
@@ -23,26 +24,6 @@ PartitionedPools<TypedObjPool<RqExprNullLiteral>> global_nullPools;
 PartitionedPools<TypedObjPool<RqExprNumberLiteral>> global_numberPools;
 
 namespace {
-
-// A value in a payload: a record writes itself, the rest are primitives.
-
-template <class Value>
-void WriteValue(ByteVector& bv, const Value& value) {
-  if constexpr (requires { value.ToByteVector(bv); }) {
-    value.ToByteVector(bv);
-  } else {
-    DataBlobUtil::ToByteVector(bv, value);
-  }
-}
-
-template <class Value>
-const_iterator ReadValue(const_iterator start, Value& value) {
-  if constexpr (requires { value.FromByteVector(start); }) {
-    return value.FromByteVector(start);
-  } else {
-    return DataBlobUtil::FromByteVector(start, value);
-  }
-}
 
 KXString Quoted(std::wstring_view text, wchar_t quote) {
   return quote + BaseStringUtil::EscapeCharacter(text, quote, quote) + quote;
@@ -234,12 +215,12 @@ std::weak_ordering RqExprValueLiteral<Derived, kKind>::CompareShallow(const RqEx
 template <class Derived, RqNodeType_e kKind>
 void RqExprValueLiteral<Derived, kKind>::ToByteVector(ByteVector& bv) {
   RqExprLiteral::ToByteVector(bv);
-  WriteValue(bv, ValueOf(static_cast<const Derived&>(*this)));
+  RqFieldBytes::Write(bv, static_cast<const Derived&>(*this), Derived::kValue);
 }
 
 template <class Derived, RqNodeType_e kKind>
 const_iterator RqExprValueLiteral<Derived, kKind>::FromByteVector(const_iterator start) {
-  return ReadValue(RqExprLiteral::FromByteVector(start), static_cast<Derived&>(*this).*Derived::kValue);
+  return RqFieldBytes::Read(RqExprLiteral::FromByteVector(start), static_cast<Derived&>(*this), Derived::kValue);
 }
 
 template class RqExprValueLiteral<RqExprStringLiteral, kRqExprStringLiteral>;

@@ -59,18 +59,11 @@ void SourceContentMapWrapper::InstallContentMap(const SourceContentMap& contentM
 
 namespace {
 
-template <class Comparison>
-RqExprCond* MakeWithOperandsOf(RqExprCond& cond) {
+template <class Comparison, class... Arguments>
+RqExprCond* MakeWithOperandsOf(RqExprCond& cond, Arguments... arguments) {
   RqNode* const pLeft = cond.GetIthOperand(RqExprCondLess::kLeftOperand)->ReleaseFromParent();
   RqNode* const pRight = cond.GetIthOperand(RqExprCondLess::kRightOperand)->ReleaseFromParent();
-  return new Comparison(static_cast<RqExpr*>(pLeft), static_cast<RqExpr*>(pRight));
-}
-
-template <>
-RqExprCond* MakeWithOperandsOf<RqExprCondEquality>(RqExprCond& cond) {
-  RqNode* const pLeft = cond.GetIthOperand(RqExprCondEquality::kLeftOperand)->ReleaseFromParent();
-  RqNode* const pRight = cond.GetIthOperand(RqExprCondEquality::kRightOperand)->ReleaseFromParent();
-  return new RqExprCondEquality(static_cast<RqExpr*>(pLeft), static_cast<RqExpr*>(pRight), false);
+  return new Comparison(static_cast<RqExpr*>(pLeft), static_cast<RqExpr*>(pRight), arguments...);
 }
 
 /// Whether the condition is one test of the top or bottom values.
@@ -97,7 +90,7 @@ RqExprCond* ConjunctUtility::InvertComparisonPredicate(RqExprCond* pCond) {
     case kRqExprCondEquality:
       return MakeWithOperandsOf<RqExprCondNotEqual>(*pCond);
     case kRqExprCondNotEqual:
-      return MakeWithOperandsOf<RqExprCondEquality>(*pCond);
+      return MakeWithOperandsOf<RqExprCondEquality>(*pCond, false);
     case kRqExprCondLess:
       return MakeWithOperandsOf<RqExprCondGreaterEqual>(*pCond);
     case kRqExprCondLessEqual:

@@ -206,20 +206,16 @@ void RequireConsistentFields(const RqNode& node, const_iterator start) {
   const auto require = [&](bool bConsistent) {
     if (!bConsistent) RaiseMalformed(node, start, L"it counts its sort columns wrong");
   };
+  if (const auto* const pAggr = dynamic_cast<const RqExprSortDependentAggr*>(&node)) {
+    require(HasDirectionForEachColumn(*pAggr));
+    return;
+  }
   switch (node.GetObjectType()) {
     case kRqOrderBy:
       require(HasConsistentChildren(static_cast<const RqOrderBy&>(node)));
       break;
     case kRqExprAggrRank:
       require(HasDirectionForEachColumn(static_cast<const RqExprAggrRank&>(node)));
-      break;
-    case kRqExprAggrMovingAvg:
-    case kRqExprAggrMovingSum:
-    case kRqExprAggrRunningSum:
-    case kRqExprAggrRunningCount:
-    case kRqExprAggrRunningMax:
-    case kRqExprAggrRunningMin:
-      require(HasDirectionForEachColumn(static_cast<const RqExprSortDependentAggr&>(node)));
       break;
     case kRqJoinSpec:
       static_cast<const RqJoinSpec&>(node).RequireReattachableLinks(start);

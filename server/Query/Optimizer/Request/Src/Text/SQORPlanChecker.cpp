@@ -43,7 +43,7 @@ bool PlanChecker::AddNodeIDToMap(RqNode& node) {
 // ---------------------------------------------------------------------------------------------------------------------
 // Blocks and their clauses. The answer is false where RqNode::Tour is to walk the slots.
 
-/// A node of which nothing more is looked at here.
+/// Notes the node and gives bDone.
 bool PlanChecker::Enter(RqNode& node, bool bDone) {
   AddNodeIDToMap(node);
   return bDone;
@@ -199,8 +199,7 @@ bool PlanChecker::Visit(RqExpr& expr) {
 // Expressions
 
 void PlanChecker::WalkOperand(RqExpr& expr, int slot) {
-  if (slot >= expr.GetNumOperands()) return;
-  if (RqExpr* const pOperand = expr.GetIthOperand(slot)) pOperand->TourExpr(*this);
+  if (RqExpr* const pOperand = expr.FindOperand(slot)) pOperand->TourExpr(*this);
 }
 
 void PlanChecker::WalkOperands(RqExpr& expr, int firstSlot) {

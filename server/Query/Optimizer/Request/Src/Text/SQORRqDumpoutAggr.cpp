@@ -12,7 +12,7 @@
 // The text of aggregates. Each Visit prints the operands, too, and so ends the descent.
 
 void RqDumpout::PrintBreak(RqExprAggr& expr, int slot, std::wstring_view word) {
-  RqExpr* const pBreak = slot < expr.GetNumOperands() ? expr.GetIthOperand(slot) : nullptr;
+  RqExpr* const pBreak = expr.FindOperand(slot);
   if (!pBreak || pBreak->GetNumOperands() == 0) return;
   Append(word);
   PrintOperands(*pBreak);

@@ -23,14 +23,8 @@
 // ---------------------------------------------------------------------------------------------------------------------
 // Operands
 
-namespace {
-
-bool HasOperand(const RqExpr& expr, int slot) { return slot < expr.GetNumOperands() && expr.GetIthOperand(slot); }
-
-}  // namespace
-
 void RqDumpout::PrintOperand(RqExpr& expr, int slot) {
-  if (HasOperand(expr, slot)) expr.GetIthOperand(slot)->TourExpr(*this);
+  if (RqExpr* const pOperand = expr.FindOperand(slot)) pOperand->TourExpr(*this);
 }
 
 void RqDumpout::PrintOperands(RqExpr& expr, int firstSlot) {
@@ -41,7 +35,7 @@ void RqDumpout::PrintOperands(RqExpr& expr, int firstSlot) {
 }
 
 void RqDumpout::PrintConnectiveOperand(RqExpr& expr, int slot) {
-  if (!HasOperand(expr, slot)) return;
+  if (!expr.FindOperand(slot)) return;
   RqExpr* const pOperand = expr.GetIthOperand(slot);
   const bool bParentheses = pOperand->GetObjectType() == kRqExprCondOr;
   if (bParentheses) Append(L"(");
@@ -267,7 +261,7 @@ bool RqDumpout::Visit(RqExprMemberReference& expr) {
   constexpr int kFirstKeyColumn = RqExprMemberReference::kNumOperands;
   PrintOperand(expr, RqExprMemberReference::kLevelOperand);
   Append(L".");
-  if (HasOperand(expr, RqExprMemberReference::kValueOperand)) {
+  if (expr.FindOperand(RqExprMemberReference::kValueOperand)) {
     PrintOperand(expr, RqExprMemberReference::kValueOperand);
   } else {
     Append(L"ALL");
@@ -384,7 +378,7 @@ bool RqDumpout::Visit(RqExprCondLike& expr) {
   if (expr.IsNegated()) Append(L" not");
   Append(L" like ");
   PrintOperand(expr, RqExprCondLike::kPatternString);
-  if (HasOperand(expr, RqExprCondLike::kEscapeString)) {
+  if (expr.FindOperand(RqExprCondLike::kEscapeString)) {
     Append(L" escape ");
     PrintOperand(expr, RqExprCondLike::kEscapeString);
   }
@@ -402,7 +396,7 @@ bool RqDumpout::Visit(RqExprCondIn& expr) {
 
 /// The rows of the values, each in parentheses. Values that are no list stand as they are.
 void RqDumpout::PrintRows(RqExprCondMultiColumnIn& cond) {
-  if (!HasOperand(cond, RqExprCondMultiColumnIn::kInValues)) return;
+  if (!cond.FindOperand(RqExprCondMultiColumnIn::kInValues)) return;
   RqExpr* const pValues = cond.GetIthOperand(RqExprCondMultiColumnIn::kInValues);
   if (!IsColumnList(*pValues)) {
     pValues->TourExpr(*this);

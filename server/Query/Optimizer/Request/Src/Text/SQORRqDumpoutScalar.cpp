@@ -17,8 +17,6 @@ namespace {
 
 constexpr std::wstring_view kBlankComma = L" , ";
 
-bool HasOperand(const RqExpr& expr, int slot) { return slot < expr.GetNumOperands() && expr.GetIthOperand(slot); }
-
 /// The number of slots up to the last one that is not null.
 int CountUpToLastOperand(const RqExpr& expr) {
   int count = expr.GetNumOperands();
@@ -50,7 +48,7 @@ bool RqDumpout::Visit(RqExprDivide& expr) { return PrintBinary(expr, L" / "); }
 
 bool RqDumpout::Visit(RqExprUnaryMinus& expr) {
   Append(L"-");
-  const bool bParentheses = HasOperand(expr, RqExprUnaryMinus::kOperand) &&
+  const bool bParentheses = expr.FindOperand(RqExprUnaryMinus::kOperand) &&
                             expr.GetIthOperand(RqExprUnaryMinus::kOperand)->GetNumOperands() > 1;
   if (bParentheses) Append(L"(");
   PrintOperand(expr, RqExprUnaryMinus::kOperand);
@@ -120,7 +118,7 @@ bool RqDumpout::Visit(RqExprSubstring& expr) {
   Append(L"substring(");
   PrintOperand(expr, RqExprSubstring::kStringOperand);
   for (const auto& [slot, words] : kOptions) {
-    if (!HasOperand(expr, slot)) continue;
+    if (!expr.FindOperand(slot)) continue;
     Append(words);
     PrintOperand(expr, slot);
   }
@@ -237,7 +235,7 @@ bool RqDumpout::Visit(RqExprFiscalExtract& expr) {
   if (CountUpToLastOperand(expr) > RqExprFiscalExtract::kStartMonth) {
     Append(L" fiscal_year_start ");
     PrintOperand(expr, RqExprFiscalExtract::kStartMonth);
-    if (HasOperand(expr, RqExprFiscalExtract::kStartDay)) {
+    if (expr.FindOperand(RqExprFiscalExtract::kStartDay)) {
       Append(L", ");
       PrintOperand(expr, RqExprFiscalExtract::kStartDay);
     }
@@ -269,7 +267,7 @@ void RqDumpout::PrintWhenThen(RqExpr& expr, int firstSlot, int defaultSlot) {
     Append(L" then ");
     PrintOperand(expr, slot + 1);
   }
-  if (HasOperand(expr, defaultSlot)) {
+  if (expr.FindOperand(defaultSlot)) {
     Append(L" else ");
     PrintOperand(expr, defaultSlot);
   }
@@ -463,7 +461,7 @@ bool RqDumpout::Visit(RqExprHDSLookup& expr) {
   PrintOperand(expr, RqExprHDSLookup::kGroupingEntity);
   Append(L", input_binding_expression: ");
   PrintOperand(expr, RqExprHDSLookup::kBindingExpression);
-  if (HasOperand(expr, RqExprHDSLookup::kOptionalNameValuePairs)) {
+  if (expr.FindOperand(RqExprHDSLookup::kOptionalNameValuePairs)) {
     Append(L", optional_name_value_pairs: ");
     PrintOperand(expr, RqExprHDSLookup::kOptionalNameValuePairs);
   }

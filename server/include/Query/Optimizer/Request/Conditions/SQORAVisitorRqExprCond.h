@@ -6,9 +6,8 @@
 /// handles with true, and takes the operands in hand by itself; so whatever else it meets is a mistake of the caller.
 ///
 /// Ensures: a node that the visitor does not override ends the process: a value, an aggregate or a subquery has no
-/// negation and no clause. Two conditions are let through to their operands instead. Wanted: an outer join filter so
-/// gives what its inner condition gives, and is lost; a multi-column In so leads to its column list, which ends the
-/// process after all.
+/// negation and no clause. Wanted: two conditions are passed over instead, and their operands visited. Of an outer join
+/// filter only the inner condition is then left; of a multi-column In the column list ends the process after all.
 class AVisitorRqExprCond : public AVisitorRqExpr {
  public:
 #define RQ_VISIT(Class, body, state) bool Visit(Class& expr) override;

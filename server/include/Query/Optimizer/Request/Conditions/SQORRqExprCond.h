@@ -195,9 +195,8 @@ class RqExprCondJunction : public RqNodeImpl<typename Traits::Connective, RqExpr
   static RqExprCond* Concatenate(RqExprCond* pFirst, RqExprCond* pSecond);
 
   /// Takes pFirst, and connects it with a deep copy of second that keeps the identities; with pFirst null, the result
-  /// is the copy. Wanted: where a new node is made of pFirst and the copy, the copy keeps the height it was copied with
-  /// and it is second whose height is set to 0, so that later insertion may go down into the copy, and second itself
-  /// counts as a leaf from now on.
+  /// is the copy. Wanted: where a new node is made of the two, the height set to 0 is not that of the copy but that of
+  /// second. So second counts as a leaf from now on, and a later insertion may go down into the copy.
   static RqExprCond* ConcatenateCopy(RqExprCond* pFirst, RqExprCond& second);
 
   /// Takes pNewCond into the tree below pRoot and gives the new root, which stands where pRoot stood.

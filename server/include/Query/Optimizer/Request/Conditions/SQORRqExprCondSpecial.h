@@ -1,5 +1,8 @@
 #pragma once
 
+#include <utility>
+
+#include "Host/KXAssert.h"
 #include "Host/KXString.h"
 #include "Host/SqlTableRef.h"
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
@@ -40,43 +43,60 @@ class RqExprEvaluatePredicate final : public RqNodeImpl<RqExprEvaluatePredicate,
   KXString m_userDefinedFuncName;
 };
 
-/// A condition that the rewriters must take as one atom.
-class RqExprCondAtomicWrapper final : public RqNodeImpl<RqExprCondAtomicWrapper, RqExprCond, kRqExprCondAtomicWrapper> {
+/// A condition around another one, its only operand, whose truth it has.
+template <class Derived, RqNodeType_e kKind>
+class RqExprCondWrapper : public RqNodeImpl<Derived, RqExprCond, kKind> {
  public:
   enum { kOperand, kNumOperands };
-  RqExprCondAtomicWrapper() = default;
-  explicit RqExprCondAtomicWrapper(RqExpr* pExpr);
-  using RqNodeImpl::RqNodeImpl;
+  RqExprCondWrapper() = default;
+  /// Takes the condition.
+  explicit RqExprCondWrapper(RqExpr* pExpr) {
+    KX_ASSERT(pExpr);
+    KX_ASSERT(pExpr->IsCond());
+    this->AddChild(pExpr);
+  }
+  using RqNodeImpl<Derived, RqExprCond, kKind>::RqNodeImpl;
 
-  RqExprCond* GetInnerCond();
-  const RqExprCond* GetInnerCond() const { return const_cast<RqExprCondAtomicWrapper*>(this)->GetInnerCond(); }
-  /// Puts the inner condition where this node stands, deletes this node, and gives the condition: its new parent's, or
-  /// the caller's if this node was a root.
-  RqExprCond* ReplaceWithInnerCond();
+  RqExprCond* GetInnerCond() { return const_cast<RqExprCond*>(std::as_const(*this).GetInnerCond()); }
+  const RqExprCond* GetInnerCond() const {
+    const RqExpr* const pOperand = this->GetIthOperand(kOperand);
+    KX_ASSERT_TEXT(pOperand && pOperand->IsCond(), L"GetIthOperand(kOperand) && GetIthOperand(kOperand)->IsCond()");
+    return static_cast<const RqExprCond*>(pOperand);
+  }
 
   bool IsCanonicalAtomicPredicate() const override { return true; }
   bool IsAlwaysTrue() const override { return GetInnerCond()->IsAlwaysTrue(); }
   bool IsAlwaysFalse() const override { return GetInnerCond()->IsAlwaysFalse(); }
-  bool IsEquivalent(const RqExpr& rhs, const RqEquivalence& pred) const override;
-  bool IsShallowLessThan(const RqExpr& rhs) const override;
+  bool IsEquivalent(const RqExpr& rhs, const RqEquivalence& pred) const override {
+    return rhs.GetObjectType() == kKind && pred(*GetInnerCond(), *static_cast<const Derived&>(rhs).GetInnerCond());
+  }
+  bool IsShallowLessThan(const RqExpr& rhs) const override {
+    if (rhs.GetObjectType() != kKind) return RqNodeImpl<Derived, RqExprCond, kKind>::IsShallowLessThan(rhs);
+    return GetInnerCond()->IsShallowLessThan(*static_cast<const Derived&>(rhs).GetInnerCond());
+  }
+};
+
+/// A condition that the rewriters must take as one atom.
+class RqExprCondAtomicWrapper final : public RqExprCondWrapper<RqExprCondAtomicWrapper, kRqExprCondAtomicWrapper> {
+ public:
+  using RqExprCondWrapper::RqExprCondWrapper;
+
+  /// Puts the inner condition where this node stands, deletes this node, and gives the condition: its new parent's, or
+  /// the caller's if this node was a root.
+  RqExprCond* ReplaceWithInnerCond();
 };
 
 /// A condition that filters one side of an outer join, and the type of that join.
 class RqExprCondOuterJoinFilter final
-    : public RqNodeImpl<RqExprCondOuterJoinFilter, RqExprCond, kRqExprCondOuterJoinFilter> {
+    : public RqExprCondWrapper<RqExprCondOuterJoinFilter, kRqExprCondOuterJoinFilter> {
  public:
-  enum { kOperand, kNumOperands };
   RqExprCondOuterJoinFilter() = default;
+  /// Takes the condition.
   RqExprCondOuterJoinFilter(RqExpr* pExpr, SqlTableRef::JoinType joinType);
   RqExprCondOuterJoinFilter(const RqExprCondOuterJoinFilter& rhs, bool bNewIDs, bool bDeepCopy);
 
-  RqExprCond* GetInnerCond();
-  const RqExprCond* GetInnerCond() const { return const_cast<RqExprCondOuterJoinFilter*>(this)->GetInnerCond(); }
   SqlTableRef::JoinType GetJoinType() const { return m_JoinType; }
 
-  bool IsCanonicalAtomicPredicate() const override { return true; }
-  bool IsAlwaysTrue() const override { return GetInnerCond()->IsAlwaysTrue(); }
-  bool IsAlwaysFalse() const override { return GetInnerCond()->IsAlwaysFalse(); }
   bool IsEquivalent(const RqExpr& rhs, const RqEquivalence& pred) const override;
   /// Wanted: a lower join type is less, but a higher one is not yet greater: the inner conditions then decide. Of two
   /// filters each may be less than the other, and which one stands first in a sorted form depends on which is asked.

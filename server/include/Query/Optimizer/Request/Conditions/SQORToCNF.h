@@ -24,6 +24,9 @@ class BitClauseConjunction;
 /// The conjunctive normal form of a condition, and the list of its conjuncts.
 class ToCNF {
  public:
+  /// A complexityLimit that stands for the environment's.
+  static constexpr int kLimitOfEnvironment = -1;
+
   /// GenerateCNF(cond, false, true, -1); hands the form over. Null when there is none: nothing but always true atoms,
   /// or too complicated.
   RqExprCond* operator()(const RqExprCond& cond);
@@ -32,14 +35,15 @@ class ToCNF {
   ///
   /// bForceCNFConversion lets a disjunction at the top be multiplied out whatever it costs; wanted: one below a
   /// conjunction it does not reach. bConvertCondIn as in InwardNegationForm, complexityLimit as in
-  /// IsCondTooComplicated.
+  /// IsCondTooComplicated. Outcomes:
   ///
-  /// Too complicated, and a conjunction of atoms and of disjunctions without Ands: success. The form is a copy of cond,
-  /// or without the conjuncts that repeat an earlier one if there are such. Wanted: the conjuncts then point into cond,
-  /// which must outlive their use.
-  /// Too complicated otherwise: no success, no form, no conjuncts.
-  /// Refused: no success. At the top the form is equivalent to cond, but not flat; wanted: below a conjunction the
-  /// refused disjunction and its later siblings are missing, so a form without success must not stand in for cond.
+  /// converted          success; the form and its conjuncts.
+  /// too complicated    but in conjunctive form already: success; the form is a copy of cond without repeated
+  ///                    conjuncts. Wanted: the conjuncts point into cond, which must outlive their use.
+  /// too complicated    otherwise: no success, no form, no conjuncts.
+  /// refused at the top no success; the form is equivalent to cond, but not flat.
+  /// refused below an   no success. Wanted: the refused disjunction and what stands behind it are missing, so the form
+  ///   And              must not stand in for cond.
   void GenerateCNF(const RqExprCond& cond, bool bForceCNFConversion, bool bConvertCondIn, int complexityLimit);
 
   /// Lends the form that GenerateCNF made; null when there is none.

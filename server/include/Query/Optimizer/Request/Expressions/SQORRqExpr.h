@@ -84,6 +84,9 @@ class RqExpr : public RqNode {
   void SetNumOperands(int numOperands) { SetNumChildren(numOperands); }
   RqExpr* GetIthOperand(int i) { return static_cast<RqExpr*>(GetIthChild(i)); }
   const RqExpr* GetIthOperand(int i) const { return static_cast<const RqExpr*>(GetIthChild(i)); }
+  /// The operand of a slot; null also where there is no such slot.
+  RqExpr* FindOperand(int i) { return i < GetNumOperands() ? GetIthOperand(i) : nullptr; }
+  const RqExpr* FindOperand(int i) const { return i < GetNumOperands() ? GetIthOperand(i) : nullptr; }
   /// DeepCopy, typed.
   RqExpr* DeepExprCopy(bool bNewIDs) const { return static_cast<RqExpr*>(DeepCopy(bNewIDs)); }
 
@@ -97,6 +100,10 @@ class RqExpr : public RqNode {
   /// by name, not by number.
   static void ToByteVector_KXTypeInfo(ByteVector& bv, const KXTypeInfo& typeInfo);
   static const_iterator FromByteVector_KXTypeInfo(const_iterator start, KXTypeInfo& typeInfo);
+
+ protected:
+  /// Makes the expressions the last operands, in their order, and leaves the vector empty.
+  void TakeOperands(std::vector<RqExpr*>& exprs);
 };
 
 /// Whether both are seen to be of one class, and so of one kind; false says nothing. Cheaper than asking for the kinds.

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <tuple>
 
 #include "Host/ARpGateway.h"
 #include "Host/RpObjects.h"
 #include "Host/VoidID.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprLiteral.h"
+#include "Query/Optimizer/Request/Node/SQORRqFieldBytes.h"
 
 /// A dimension of the business model, seen through a hierarchy or through none.
 class RqExprDimension final : public RqNodeImpl<RqExprDimension, RqExpr, kRqExprDimension> {
@@ -36,6 +38,9 @@ class RqExprDimension final : public RqNodeImpl<RqExprDimension, RqExpr, kRqExpr
   VoidID m_objID;
   std::uint32_t m_repositoryUniqueID = ARpGateway::INVALID_UNIQUE_ID_32;
   VoidID m_presentationHierarchyID;
+
+  static constexpr std::tuple kWrittenFields{&RqExprDimension::m_objID, &RqExprDimension::m_repositoryUniqueID,
+                                             &RqExprDimension::m_presentationHierarchyID};
 };
 
 /// A level: of a dimension of the business model, or one that a data source has itself.
@@ -66,6 +71,9 @@ class RqExprLevel final : public RqNodeImpl<RqExprLevel, RqExpr, kRqExprLevel> {
   VoidID m_objID;
   std::uint32_t m_repositoryUniqueID = ARpGateway::INVALID_UNIQUE_ID_32;
   LevelType m_levelType = kUnknown;
+
+  static constexpr std::tuple kWrittenFields{&RqExprLevel::m_objID, &RqExprLevel::m_repositoryUniqueID,
+                                             RqEnumFieldAs<std::int32_t>(&RqExprLevel::m_levelType, kUnknown)};
 };
 
 /// A member of a level, or all of them. The columns that make the member's logical key stand as further operands behind

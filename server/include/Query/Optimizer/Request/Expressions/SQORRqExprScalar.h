@@ -52,13 +52,6 @@ class RqScalarFunction : public RqNodeImpl<Derived, RqExpr, kKind>, public Slots
       ++slot;
     }
   }
-
- protected:
-  /// Makes the expressions the last operands, in their order, and leaves the vector empty.
-  void TakeOperands(RqExprVector& exprs) {
-    for (RqExpr* const pExpr : exprs) this->AddChild(pExpr);
-    exprs.clear();
-  }
 };
 
 // ---------------------------------------------------------------------------------------------------------------------

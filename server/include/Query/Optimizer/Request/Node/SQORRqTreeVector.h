@@ -35,6 +35,7 @@ class RqTreeVector {
   ///
   /// The bytes are trusted: a kind that no tree is made of ends the process. Under a BoundedRead they are not. Damage
   /// raises an ErrorMessage with its offset, and a tree that is read has in every slot what its classes expect there,
-  /// so that it can be copied, compared, printed and written.
+  /// so that it can be copied, compared, printed and written, once ReattachRqList has aimed its references to columns:
+  /// a reference without its column can only be printed.
   static const_iterator FromByteVector(const_iterator start, RqNode** ppNode);
 };

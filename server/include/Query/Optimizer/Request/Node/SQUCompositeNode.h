@@ -74,6 +74,7 @@ class NodeVector {
   void GrowTo(std::uint32_t size) {
     if (size > m_capacity) Grow(size);
     if (m_capacity == kInlineSlots) {
+      // A loop of a fixed length comes down to two stores.
       for (std::uint32_t i = 0; i < kInlineSlots; ++i) {
         if (i >= m_size) m_inline[i] = nullptr;
       }
@@ -138,7 +139,8 @@ class CompositeNode : public PartialNodeImpl {
 
   /// Deletes what the slot holds and takes pNewChild, which may be null. The node it already holds is left alone. A
   /// node that stands in a later slot of this very parent ends up in that later slot: the lower one is the first to be
-  /// found when it is detached.
+  /// found when it is detached. Requires: pNewChild does not stand below what the slot holds, which is deleted first;
+  /// to lift a node over its parent, release it beforehand.
   void SetIthChild(int i, CompositeNode* pNewChild);
   /// Hands the child to the caller; the slot stays, null. The index is not checked.
   CompositeNode* ReleaseIthChild(int i);
@@ -152,7 +154,7 @@ class CompositeNode : public PartialNodeImpl {
   /// Removes the slot that holds pChild. The child moves to the end of pReleaseContainer, or is deleted when that is
   /// null. A pointer that is no child changes nothing.
   void DeleteChild(CompositeNode* pChild, CompositeNode* pReleaseContainer);
-  /// Deletes the children past the new end, or appends null slots.
+  /// Deletes the children past the new end, or appends null slots. The number must not be negative.
   void SetNumChildren(int nChildren);
   /// The first slot that holds the pointer, or kChildNotFound. Linear: nodes have few children.
   int FindChildIndex(const CompositeNode* pSearchNode) const;

@@ -16,8 +16,8 @@ using NodeIDMap = std::map<NodeID, NodeID>;
 /// Walks a finished tree once and reports, on the standard error stream, what cannot be right about its structure: a
 /// node whose identity was met before, as when one subtree stands in two places or a copy with the same identities
 /// joined its source; a filter without a condition; a shared list without a list. It mends nothing, and whatever it
-/// finds the walk goes on, so below a node that is met twice every node is reported. A set operator of less than two
-/// lists and a case with half a pair end the process.
+/// finds the walk goes on, so below a node that is met twice every node is reported. A set operator of fewer than two
+/// lists, a derived table without a block and a case with half a pair end the process.
 ///
 /// What is no child slot is not looked at: the list behind a shared list, links of joins, blocks of subqueries, grains
 /// and filters of grouping sets; nor are the aggregates that are computed together with a sort.
@@ -35,8 +35,8 @@ class PlanChecker : public AVisitorRqNode, public AVisitorRqExpr {
   /// The faults found so far, written or not.
   int GetNumFaults() const { return m_numFaults; }
 
-  /// Notes a node that is met. False if a node of its identity was met before, which is then a fault. Wanted: a root,
-  /// and a node that no list contains, name a fresh identity in their reports, where there is none to name.
+  /// Notes a node that is met. False if a node of its identity was met before, which is then a fault. Wanted: the
+  /// report names an owner and a containing list even where there is none, by an identity made for the purpose.
   bool AddNodeIDToMap(RqNode& node);
 
 #define RQ_VISIT(Class, body, state) bool Visit(Class& node) override;

@@ -22,7 +22,8 @@ struct VoidID;
 /// reads, and made for the plan cache it is the base of the cache's key.
 ///
 /// Law: the text depends on the tree, the settings and what the gateways answer, and on nothing else; so one tree has
-/// one text, byte for byte. A damaged tree has a text too: a missing operand prints as nothing.
+/// one text, byte for byte. A missing operand prints as nothing; what ends the process is a null among the columns of a
+/// list, a derived table without a block and a set operator of fewer than two lists.
 ///
 /// A dumper serves one walk on one thread. It owns the text alone: gateways and statistics are the caller's and must
 /// outlive it. Everything is appended to one string, so the cost is linear in the text. An ErrorMessage raised by a
