@@ -127,8 +127,8 @@ void BM_CopyInput(benchmark::State& state) {
 }
 
 void BM_CopyOutput(benchmark::State& state) {
-  static const std::vector<OwnedRqExprCondPtr> outputs = [] {
-    std::vector<OwnedRqExprCondPtr> normalForms;
+  static const OwnedRqExprCondVector outputs = [] {
+    OwnedRqExprCondVector normalForms;
     for (const CorpusEntry& entry : Corpus()) normalForms.push_back(ToNormalForm(*entry.condition));
     return normalForms;
   }();

@@ -6,6 +6,7 @@
 #include "Host/DataBlobUtil.h"
 #include "Host/ErrorMessage.h"
 #include "Query/Optimizer/Request/Node/SQORHeap.h"
+#include "Query/Optimizer/Request/Node/SQORRqNode.h"
 #include "Query/Optimizer/Request/Node/SQORRqTreeVector.h"
 #include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
 

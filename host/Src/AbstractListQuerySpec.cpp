@@ -18,12 +18,12 @@ void AbstractListQuerySpec::ToByteVector(ByteVector& bv, const AbstractListQuery
 
 const_iterator AbstractListQuerySpec::FromByteVector(const_iterator start, AbstractListQuerySpec*& pSpec) {
   bool bHasSpec = false;
-  start = DataBlobUtil::FromByteVector(start, bHasSpec);
+  const const_iterator spec = DataBlobUtil::FromByteVector(start, bHasSpec);
   pSpec = nullptr;
-  if (!bHasSpec) return start;
+  if (!bHasSpec) return spec;
   const Reader reader = g_reader.load();
-  if (!reader) KX_RAISE(kMsgBytesMalformed, L"query that can be read here");
-  return reader(start, pSpec);
+  if (!reader) DataBlobUtil::RaiseMalformed(start, L"query that can be read here");
+  return reader(spec, pSpec);
 }
 
 void AbstractListQuerySpec::SetReader(Reader reader) { g_reader.store(reader); }

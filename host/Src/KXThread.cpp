@@ -65,13 +65,16 @@ StackRange FindStackRange(std::uintptr_t frame) {
 }  // namespace
 
 void KXThread::CheckStack(std::uintptr_t frame, int moreBytes) {
-  const auto bIsLow = [&] { return frame - static_cast<std::uintptr_t>(moreBytes) < t_stackLimit; };
-  // The main thread's resource limit may have been raised since; other stacks keep their size.
+  // The main thread's resource limit may have changed since; other stacks keep their size.
   if (t_stackLimit == kStackUnknown || IsMainThread()) {
+    const std::uintptr_t knownLow = t_stackLimit == kStackUnknown ? UINTPTR_MAX : t_stackRange.m_low;
     t_stackRange = FindStackRange(frame);
     t_stackLimit = t_stackRange.Limit();
+    // A limit that was lowered does not take away what is in use already.
+    t_stackRange.m_low = std::min(t_stackRange.m_low, knownLow);
   }
-  if (bIsLow() && t_stackRange.Contains(frame)) KX_RAISE(kMsgStackLow);
+  const bool bIsLow = frame - static_cast<std::uintptr_t>(moreBytes) < t_stackLimit;
+  if (bIsLow && t_stackRange.Contains(frame)) KX_RAISE(kMsgStackLow);
 }
 
 void KXThreadJobMgr::RaiseCancellation() { KX_RAISE(kMsgJobCancelled); }

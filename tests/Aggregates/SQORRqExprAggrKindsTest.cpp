@@ -102,7 +102,7 @@ TEST(AggrKinds, ReportAggregates) {
     const std::string report = total(*aggr, false), detail = total(*aggr, true);
     EXPECT_EQ(report + (detail == report ? "" : "\n" + detail), c.m_expected) << c.m_input;
   }
-  EXPECT_DEATH(total(*AggrOf("nullifnotunique(x)"), false), "");
+  EXPECT_DEATH(total(*AggrOf("nullifnotunique(x)"), false), "SQORRqExprAggrPlain.*logic error");
 
   const auto common = [](RqNodeType_e type, bool bDistinct) {
     const Heap<RqExprAggr> report(CreateReportCommon(type, bDistinct));
@@ -132,8 +132,9 @@ TEST(AggrKinds, SourceAndPartials) {
         TextOf(*source) + "\n" + Nested(combining.Get()) + (combining->IsRewrittenDistinct() ? ", rewritten" : ""),
         c.m_expected);
   }
-  EXPECT_DEATH(AggrOf("first(x)")->GetSourceAggregator(nullptr), "");
-  EXPECT_DEATH(AggrOf("nullifnotunique(x)")->GetPartialsAggregator(nullptr, *Heap<RqList>(List({}))), "");
+  EXPECT_DEATH(AggrOf("first(x)")->GetSourceAggregator(nullptr), "SQORRqExprAggr.cpp.*logic error");
+  EXPECT_DEATH(AggrOf("nullifnotunique(x)")->GetPartialsAggregator(nullptr, *Heap<RqList>(List({}))),
+               "SQORRqExprAggr.cpp.*logic error");
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

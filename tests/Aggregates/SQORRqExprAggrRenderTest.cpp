@@ -120,19 +120,20 @@ TEST(AggrRendering, OntoMoreDetailedSources) {
 }
 
 TEST(AggrRenderingDeathTest, OfWhatIsNotToBeRendered) {
+  constexpr const char* kLogicError = "SQORRqExprAggr.*logic error";
   const Heap<RqList> inner(List({}));
   Int32Vector indexes;
   for (const char* const text : {"filter(sum(x), c)", "subtotal(x)", "nullifnotunique(x)", "Report_Sum(x)"}) {
     SCOPED_TRACE(text);
     const auto aggr = AggrOf(text);
-    EXPECT_DEATH(aggr->RenderOntoEquivalentSource(nullptr, true, {}, nullptr), "");
-    EXPECT_DEATH(aggr->RenderOntoMoreDetailedSources(nullptr, true, {}, indexes), "");
+    EXPECT_DEATH(aggr->RenderOntoEquivalentSource(nullptr, true, {}, nullptr), kLogicError);
+    EXPECT_DEATH(aggr->RenderOntoMoreDetailedSources(nullptr, true, {}, indexes), kLogicError);
     if (text[0] != 'R') {
-      EXPECT_DEATH(aggr->RenderOnSummaryList(*inner), "");
+      EXPECT_DEATH(aggr->RenderOnSummaryList(*inner), kLogicError);
     }
   }
-  EXPECT_DEATH(AggrOf("sum(x)")->RenderReportAggrOnInnerList(*inner), "");
-  EXPECT_DEATH(RqExprAggrRank().RenderOnSummaryList(*inner), "");
+  EXPECT_DEATH(AggrOf("sum(x)")->RenderReportAggrOnInnerList(*inner), kLogicError);
+  EXPECT_DEATH(RqExprAggrRank().RenderOnSummaryList(*inner), "SQUCompositeNode.*logic error");
   EXPECT_DEATH(RqExprAggrRank(nullptr, nullptr, nullptr, false, false, false).RenderOnSummaryList(*inner),
                "pColumnList");
 }

@@ -222,10 +222,11 @@ TEST(RqJoinDeathTest, WhatACallerMustNotDo) {
   EXPECT_DEATH(RqJoinNode(nullptr, false), "pNewTableRef");
   EXPECT_DEATH(pLink->SetNewJoinCond(nullptr), "pNewJoinCond");
   EXPECT_DEATH(pLink->AttachLinkCond(false), "m_joinType == SqlTableRef::kInnerJoin");
-  EXPECT_DEATH(pLink->AttachToNodes(), "");
-  EXPECT_DEATH(pA->AddLink(pA, nullptr, SqlTableRef::kInnerJoin, kUnknownCardinality, nullptr, false), "");
-  EXPECT_DEATH(static_cast<void>(*pLink == *pLink), "");
-  EXPECT_DEATH(static_cast<void>(*pLink < *pLink), "");
+  EXPECT_DEATH(pLink->AttachToNodes(), "SQORRqJoinNode.*logic error");
+  EXPECT_DEATH(pA->AddLink(pA, nullptr, SqlTableRef::kInnerJoin, kUnknownCardinality, nullptr, false),
+               "SQORRqJoinNode.*logic error");
+  EXPECT_DEATH(static_cast<void>(*pLink == *pLink), "SQORRqJoinLink.*logic error");
+  EXPECT_DEATH(static_cast<void>(*pLink < *pLink), "SQORRqJoinLink.*logic error");
   other->SetStarFact({SmartRqNodePtr(pA)});
   EXPECT_DEATH(CopyOf(*other), "mapElemIter != nodeMap.end\\(\\)");
   other->SetStarFact({});

@@ -29,6 +29,11 @@ Heap<RqList> Wrap(RqAbstractList* pInner, int number) {
   return Heap<RqList>(List({new RqDerivedColumnReference(pColumn)}, {new RqDerivedTable(pInner, number)}));
 }
 
+RqDerivedColumn& InnerColumn(RqList& list, int table, int column) {
+  RqDerivedTable* const pTable = list.GetJoinSpec()->GetIthTableReference(table)->GetDerivedTable();
+  return *pTable->GetInnerList()->GetProjection()->GetIthColumn(column);
+}
+
 TEST(Projection, NumbersAreGivenOnce) {
   RqProjection projection(0);
   bool bInserted = false;
@@ -90,21 +95,28 @@ TEST(List, CopiesAndBytesKeepWhatTheyShould) {
 
 TEST(List, NestedCopiesAreSelfContained) {
   const Heap<RqList> list(FullList());
+  RqDerivedColumn& column = InnerColumn(*list, 1, 0);
+  RqExprVector columns{Col(L"b")}, grain{new RqDerivedColumnReference(&column)};
+  list->SetGroupBy(new RqGroupBy(columns, grain, RqGroupBy::kUnknown));
   const std::string text = TextOf(*list);
-  RqNode* const pColumn =
-      list->GetJoinSpec()->GetIthTableReference(1)->GetDerivedTable()->GetInnerList()->GetProjection()->GetIthColumn(0);
-  auto& container = static_cast<RqDerivedColumn&>(*pColumn);
-  const int references = container.GetSmartPtrReferencesCount();
+  const int references = column.GetSmartPtrReferencesCount();
   Heap<RqNode> shallow(list->DeepCopy(true));
-  EXPECT_GT(container.GetSmartPtrReferencesCount(), references);
+  EXPECT_GT(column.GetSmartPtrReferencesCount(), references);
   shallow = nullptr;
-  const Heap<RqNode> nested(list->NestedDeepCopy(true));
-  EXPECT_EQ(container.GetSmartPtrReferencesCount(), references);
-  std::vector<RqDerivedColumnReference*> inCopy;
-  RqExprUtility::GetAllDerivedColumnReferences(nested.Get(), inCopy);
-  ASSERT_FALSE(inCopy.empty());
-  for (const RqDerivedColumnReference* const pReference : inCopy) EXPECT_NE(pReference->GetDerivedColumn(), pColumn);
-  EXPECT_EQ(TextOf(*nested), text);
+  for (const bool bNewIDs : {false, true}) {
+    SCOPED_TRACE(bNewIDs);
+    const Heap<RqList> nested(static_cast<RqList*>(list->NestedDeepCopy(bNewIDs)));
+    EXPECT_EQ(nested->IsCopyOf(*list), !bNewIDs);
+    EXPECT_EQ(column.GetSmartPtrReferencesCount(), references);
+    std::vector<RqDerivedColumnReference*> inCopy;
+    RqExprUtility::GetAllDerivedColumnReferences(nested.Get(), inCopy);
+    ASSERT_FALSE(inCopy.empty());
+    inCopy.push_back(static_cast<RqDerivedColumnReference*>(nested->GetGroupBy()->GetGranularity()->GetIthColumn(0)));
+    for (const RqDerivedColumnReference* const pReference : inCopy) {
+      EXPECT_EQ(pReference->GetDerivedColumn(), &InnerColumn(*nested, 1, 0));
+    }
+    EXPECT_EQ(TextOf(*nested), text);
+  }
 }
 
 TEST(List, EquivalenceLooksAtTheSummaryFilterOnlyBesideADetailFilter) {
@@ -195,9 +207,75 @@ TEST(DerivedColumn, BreakStatusGoesDownThroughReferences) {
   EXPECT_EQ(pBranch->GetBreakStatus(), RqDerivedColumn::kUnknownBreakStatus);
 }
 
-RqDerivedColumn& InnerColumn(RqList& list, int table, int column) {
-  RqDerivedTable* const pTable = list.GetJoinSpec()->GetIthTableReference(table)->GetDerivedTable();
-  return *pTable->GetInnerList()->GetProjection()->GetIthColumn(column);
+TEST(DerivedColumn, AReferenceThatTakesAnExpressionsPlaceHandsTheStatusDown) {
+  using Column = RqDerivedColumn;
+  const auto listOf = [](Column* pColumn) {
+    RqList* const pList = List({});
+    pList->GetProjection()->AddColumn(pColumn);
+    return pList;
+  };
+  const auto branchOf = [&](Column* pColumn) { return std::vector<RqAbstractList*>{listOf(pColumn), List({Int(2)})}; };
+  // Each makes a tree that holds the column, and gives its root.
+  using Place = std::function<RqNode*(Column*)>;
+  const Place table = [&](Column* pColumn) { return new RqDerivedTable(listOf(pColumn), 1); };
+  const Place intersect = [&](Column* pColumn) {
+    auto lists = branchOf(pColumn);
+    return new RqIntersect(lists, true);
+  };
+  const Place unionBranch = [&](Column* pColumn) {
+    auto lists = branchOf(pColumn);
+    return new RqUnion(lists, true);
+  };
+  const Place noQueryBlock = [](Column* pColumn) {
+    auto* const pProjection = new RqProjection(0);
+    pProjection->AddColumn(pColumn);
+    return new RqDerivedTable(new RqSharedList(pProjection, nullptr), 1);
+  };
+  const Place noBlock = [](Column* pColumn) { return pColumn; };
+  constexpr auto kUnknown = Column::kUnknownBreakStatus;
+  constexpr auto kNone = Column::kNoDuplicates;
+  constexpr auto kAllow = Column::kAllowDuplicates;
+  const struct {
+    Place m_place;
+    Column::BreakStatus m_inner, m_outer, m_expected;
+  } rows[] = {
+      {table, kUnknown, kNone, kNone},
+      {table, kUnknown, kAllow, kAllow},
+      {table, kNone, kAllow, kAllow},
+      {table, kNone, kUnknown, kNone},
+      {table, kAllow, kNone, kAllow},
+      {table, Column::kLobData, kNone, Column::kLobData},
+      {intersect, kUnknown, kNone, kNone},
+      {unionBranch, kUnknown, kNone, kUnknown},
+      {listOf, kUnknown, kNone, kUnknown},  // a block without a parent
+      {noQueryBlock, kUnknown, kNone, kUnknown},
+      {noBlock, kUnknown, kNone, kUnknown},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(&row - rows);
+    auto* const pInner = new Column(Int(1), 1);
+    const Heap<RqNode> root(row.m_place(pInner));
+    pInner->SetBreakStatus(row.m_inner);
+    Column outer(Row({Int(1)}), 1);
+    outer.SetBreakStatus(row.m_outer);
+    RqHandleNode junk;
+    outer.GetExpr()->GetIthOperand(0)->Replace(new RqDerivedColumnReference(pInner), junk);
+    EXPECT_EQ(pInner->GetBreakStatus(), row.m_inner) << "part of an expression";
+    outer.GetExpr()->Replace(new RqDerivedColumnReference(pInner), junk);
+    EXPECT_EQ(pInner->GetBreakStatus(), row.m_expected);
+    // Other replacements hand nothing down.
+    for (RqExpr* const pReplacement : {Int(2), static_cast<RqExpr*>(nullptr)}) {
+      outer.GetExpr()->Replace(pReplacement, junk);
+      EXPECT_EQ(outer.GetExpr(), pReplacement);
+    }
+  }
+}
+
+TEST(DerivedColumn, ACopyHasItsExpressionEvenIfShallow) {
+  const RqDerivedColumn source(Row({Col(L"a")}), 1);
+  const RqDerivedColumn copy(source, true, false);
+  EXPECT_EQ(TextOf(copy), TextOf(source));
+  EXPECT_NE(copy.GetExpr(), source.GetExpr());
 }
 
 TEST(Reattach, ColumnsThatReferToOneAnotherInACircle) {
@@ -235,6 +313,16 @@ TEST(Reattach, TheFirstTableOfANumberThatHasTheColumnCounts) {
   }
 }
 
+TEST(GroupBy, ItsSizeCountsWhatIsNoChild) {
+  RqExprVector columns{Col(L"a")}, grain{Col(L"b"), Col(L"c")};
+  RqGroupBy groupBy(columns, grain, RqGroupBy::kUnknown);
+  groupBy.SetGroupingSet({0, 1, 0});
+  OwnedRqExprCondVector filters(3);
+  filters[1] = Equal(Col(L"a"), Int(1));
+  groupBy.SetGroupingSetFilters(filters);
+  EXPECT_EQ(groupBy.GetMySize(), 64 * (2 + 3 + 3) + 4 * 3) << "columns, granularity, filter, numbers of the sets";
+}
+
 TEST(OrderBy, CopyMeansTheSameInAnotherBlock) {
   const Heap<RqList> source(List({Col(L"a"), Col(L"b")}));
   const Heap<RqList> dest(new RqList(10));
@@ -247,7 +335,7 @@ TEST(OrderBy, CopyMeansTheSameInAnotherBlock) {
   EXPECT_TRUE(*dest->GetOrderBy()->GetIthSortSpec(0) ==
               RqSortSpec(12, RqSortSpec::kDesc, false, true, RqSortSpec::kFirst));
   source->SetOrderBy(new RqOrderBy({RqSortSpec()}, false));
-  EXPECT_DEATH(RqOrderBy::CopyOrderBy(*source, *dest), "");
+  EXPECT_DEATH(RqOrderBy::CopyOrderBy(*source, *dest), "SQORRqOrderBy.*logic error");
   source->SetOrderBy(nullptr);
   RqOrderBy::CopyOrderBy(*source, *dest);
   EXPECT_FALSE(dest->GetOrderBy());
@@ -262,7 +350,7 @@ TEST(OrderBy, IsPushableWhereTheDatabaseSortsAlike) {
   const RefADatabase db(&gateway, database.GetID());
   const KXTypeInfo notNull(KXInt4Data, 0, 0, 0), nullable(KXInt4Data, 0, 0, 1), text(KXVarCharData, 9, 0, 0);
   struct Row {
-    std::vector<KXTypeInfo> m_types;
+    KXTypeInfoVector m_types;
     RqSortSpec::NullSortDirection m_nulls;
     bool m_bNullsFirst, m_bExpressions, m_bStrict, m_bPushable;
   };
@@ -304,7 +392,7 @@ TEST(WrapperList, BreakFiltersFollowTheirColumns) {
   filter.GetBreakColumnIndexesAccountForNoOrderBy(indexes, true);
   EXPECT_EQ(indexes, (UInt16Vector{1}));
   projection.DeleteColumn(projection.GetIthColumn(0), &junk);
-  EXPECT_DEATH(filter.GetBreakColumnIndexes(indexes, false), "");
+  EXPECT_DEATH(filter.GetBreakColumnIndexes(indexes, false), "SQORRqWrapperList.*logic error");
 
   const Heap<RqList> shared(List({Int(1)}));
   const RqSharedList reader(new RqProjection(0), shared.Get());
@@ -322,22 +410,106 @@ TEST(WrapperList, BreakFiltersFollowTheirColumns) {
   EXPECT_DEATH(intersect->SetIthList(2, nullptr), "i < GetNumLists\\(\\)");
 }
 
-TEST(PhysicalSubquery, IsKnownByItsTextAndAWrapperMatchesIt) {
-  const auto inSubquery = [](RqAbstractList* pList) {
-    return Heap<RqExprCond>(new RqExprCondIn(Col(L"k"), new RqExprPhysicalSubquery(pList, nullptr), false));
-  };
-  const auto makeInner = [] { return List({Col(L"x", 3)}, {Table(3)}); };
-  const Heap<RqExprCond> plain = inSubquery(makeInner());
-  const Heap<RqExprCond> wrapped = inSubquery(Wrap(makeInner(), 4).Release());
-  bool bEquivalent = false;
-  EXPECT_TRUE(IsContainedBy(nullptr, wrapped.Get(), plain.Get(), bEquivalent));
-  EXPECT_TRUE(bEquivalent);
-  EXPECT_FALSE(IsContainedBy(nullptr, plain.Get(), wrapped.Get(), bEquivalent));
-  Heap<RqList> filtered = Wrap(makeInner(), 4);
-  filtered->ConcatenateToDetailFilter(Equal(Int(1), Int(2)));
-  const Heap<RqExprCond> other = inSubquery(filtered.Release());
-  EXPECT_FALSE(IsContainedBy(nullptr, other.Get(), plain.Get(), bEquivalent));
+/// How a implies b: "same" if it is equivalent, "yes" if not, "no" if it does not.
+std::string Containment(const RqExpr* pA, const RqExpr* pB) {
+  bool bEquivalent = true;
+  if (!IsContainedBy(nullptr, pA, pB, bEquivalent)) return bEquivalent ? "no, equivalent" : "no";
+  return bEquivalent ? "same" : "yes";
+}
 
+Heap<RqExprCond> InSubquery(RqAbstractList* pList) {
+  return Heap<RqExprCond>(new RqExprCondIn(Col(L"k"), new RqExprPhysicalSubquery(pList, nullptr), false));
+}
+
+TEST(PhysicalSubquery, OnlyAMereWrapperStandsForTheBlockInIt) {
+  const auto addColumn = [](RqList& list) {
+    const RqExpr& first = *list.GetProjection()->GetIthColumn(0)->GetExpr();
+    list.GetProjection()->AddColumn(new RqDerivedColumn(first.DeepExprCopy(true), 0));
+  };
+  struct {
+    const char* m_name;
+    std::function<void(RqList&)> m_change;  // of the wrapper SELECT x FROM (SELECT x FROM table)
+    const char* m_answer;                   // whether to be in it implies to be in the block
+    bool m_bOtherColumn = false;            // the block has a column more, before x
+  } const rows[] = {
+      {"mere", [](RqList&) {}, "same"},
+      // Clauses that take rows away, put them together or in an order
+      {"detail filter", [](RqList& list) { list.ConcatenateToDetailFilter(Equal(Int(1), Int(2))); }, "no"},
+      {"summary filter", [](RqList& list) { list.SetSummaryFilter(new RqSummaryFilter(Equal(Int(1), Int(2)))); }, "no"},
+      {"group by", [](RqList& list) { list.SetGroupBy(GroupBy({Col(L"x")})); }, "no"},
+      {"having", [](RqList& list) { list.SetHaving(new RqHaving(Equal(Int(1), Int(2)))); }, "no"},
+      {"order by", [](RqList& list) { list.SetOrderBy(new RqOrderBy({RqSortSpec()}, false)); }, "no"},
+      {"distinct", [](RqList& list) { list.SetDistinct(true); }, "same"},
+      // Wanted, though fewer rows are left.
+      {"limit", [](RqList& list) { list.SetRowNumLimit(1); }, "same"},
+      // Tables
+      {"no table", [](RqList& list) { list.SetJoinSpec(nullptr); }, "no"},
+      {"a plain table", [](RqList& list) { list.GetJoinSpec()->GetIthTableReference(0)->SetLeftTable(Table(3)); },
+       "no"},
+      {"two tables", [](RqList& list) { list.GetJoinSpec()->AddChild(NodeOf(Table(5))); }, "no"},
+      {"outer join",
+       [](RqList& list) { list.GetJoinSpec()->GetIthTableReference(0)->SetJoinType(SqlTableRef::kLeftOuterJoin); },
+       "no"},
+      // Columns. Wanted: the rows of the block count, whatever of them is selected.
+      {"two columns", addColumn, "yes"},
+      {"a computed column", [](RqList& list) { list.GetProjection()->GetIthColumn(0)->SetExpr(Int(1)); }, "yes"},
+      {"another column than the block's first", [](RqList&) {}, "yes", true},
+      {"as many columns as the block, but two", addColumn, "yes", true},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.m_name);
+    const auto makeInner = [&row] {
+      return List(row.m_bOtherColumn ? Exprs(Col(L"w", 3), Col(L"x", 3)) : Exprs(Col(L"x", 3)), {Table(3)});
+    };
+    RqList* const pInner = makeInner();
+    Heap<RqList> wrapper = Wrap(pInner, 4);
+    RqProjection& columns = *pInner->GetProjection();
+    wrapper->GetProjection()->GetIthColumn(0)->SetExpr(
+        new RqDerivedColumnReference(columns.GetIthColumn(columns.GetNumColumns() - 1)));
+    row.m_change(*wrapper);
+    const Heap<RqExprCond> plain = InSubquery(makeInner());
+    const Heap<RqExprCond> stranger = InSubquery(List({Col(L"x", 5)}, {Table(5)}));
+    const Heap<RqExprCond> wrapped = InSubquery(wrapper.Release());
+    EXPECT_EQ(Containment(wrapped.Get(), plain.Get()), row.m_answer);
+    EXPECT_EQ(Containment(wrapped.Get(), stranger.Get()), "no") << "another block";
+    EXPECT_EQ(Containment(plain.Get(), wrapped.Get()), "no") << "a block stands for no wrapper of it";
+  }
+}
+
+TEST(DerivedColumn, IsComparedAsWhatItComputes) {
+  const Heap<RqList> outer = Wrap(Wrap(List({Col(L"x"), Col(L"y")}, {Table(1)}), 2).Release(), 3);
+  RqDerivedColumn& middle = InnerColumn(*outer, 0, 0);
+  RqDerivedColumn& inner = *static_cast<RqDerivedColumnReference*>(middle.GetExpr())->GetDerivedColumn();
+  const auto toX = [&inner] { return new RqDerivedColumnReference(&inner); };
+  const auto toToX = [&middle] { return new RqDerivedColumnReference(&middle); };
+  struct {
+    const char* m_name;
+    RqExpr *m_pEqual, *m_pLess;
+    const char* m_answer;  // whether the one = 5 implies the other < 6
+  } const rows[] = {
+      {"a reference and its column", toX(), Col(L"x"), "yes"},
+      {"a column and a reference to it", Col(L"x"), toX(), "yes"},
+      {"two references", toX(), toX(), "yes"},
+      {"a reference and another column", toX(), Col(L"y"), "no"},
+      {"two references two blocks up", toToX(), toToX(), "yes"},
+      // Only one reference is followed.
+      {"a reference two blocks up and the column", toToX(), Col(L"x"), "no"},
+      {"a reference two blocks up and one that is one up", toToX(), toX(), "no"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.m_name);
+    const Heap<RqExprCond> equal(Equal(row.m_pEqual, Int(5)));
+    const RqExprCondLess less(row.m_pLess, Int(6));
+    EXPECT_EQ(Containment(equal.Get(), &less), row.m_answer);
+    EXPECT_EQ(Containment(&less, equal.Get()), "no");
+  }
+  const Heap<RqExprCond> ofReference(Equal(toX(), Int(5)));
+  const Heap<RqExprCond> ofColumn(Equal(Col(L"x"), Int(5)));
+  EXPECT_EQ(Containment(ofReference.Get(), ofColumn.Get()), "yes") << "equivalent is what has one form";
+}
+
+TEST(PhysicalSubquery, IsKnownByItsText) {
+  const Heap<RqExprCond> wrapped = InSubquery(Wrap(List({Col(L"x", 3)}, {Table(3)}), 4).Release());
   const Heap<RqNode> copy(wrapped->DeepCopy(true));
   EXPECT_EQ(TextOf(*copy), TextOf(*wrapped));
   auto& subquery = static_cast<RqExprPhysicalSubquery&>(*copy->GetIthChild(RqExprCondIn::kInValues));

@@ -254,6 +254,11 @@ TEST(AnyTable, CopiesAndBytes) {
   transient.AddColumnTypeInfos({{L"a", KXTypeInfo()}, {L"b", KXTypeInfo(KXInt4Data, 0, 0, 1)}});
   transient.AddExternalScriptExecutionData(new ExternalScriptExecutionData);
   transient.SetExtTableDelimiter(L";");
+  transient.SetTargetConnectionId(L"pool");
+  transient.SetOpaqueTableName(L"T");
+  transient.SetCacheSharedKey(L"key");
+  EXPECT_EQ(transient.GetMySize(), 64 + 4 * (6 + 4 + 1 + 3 + 1) + 2 * 8 + 2 * (4 + 8) + 8)
+      << "the node, texts, columns, names with their types, a script";
   readTransient.AddTransientColumn(kAlias);
   ReadInto(transient, readTransient);
   const auto pTransient = Copy(transient);

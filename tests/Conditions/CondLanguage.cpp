@@ -201,6 +201,12 @@ std::string CallText(const RqExpr& expr) {
 
 OwnedRqExprCondPtr ParseCond(const std::string& text) { return OwnedRqExprCondPtr(Parser(text).ParseAll()); }
 
+OwnedRqExprCondPtr DeepOr(int depth) {
+  OwnedRqExprCondPtr cond = ParseCond("a=1");
+  for (int i = 0; i < depth; ++i) cond = new RqExprCondOr(cond.Release(), ParseCond("a=1").Release());
+  return cond;
+}
+
 std::string CondText(const RqExpr* pExpr) {
   if (!pExpr) return "-";
   const RqExpr& expr = *pExpr;

@@ -20,6 +20,9 @@
 /// Gives a condition that the caller owns. Ends the process on a mistake in the text.
 OwnedRqExprCondPtr ParseCond(const std::string& text);
 
+/// An Or of a=1 again and again, of that many levels: it is not balanced.
+OwnedRqExprCondPtr DeepOr(int depth);
+
 /// The text of a condition or of any expression in it; "-" for null.
 std::string CondText(const RqExpr* pExpr);
 

@@ -6,6 +6,8 @@
 #include <string>
 
 #include "ClauseTruth.h"
+#include "Host/KXThread.h"
+#include "TestUtil.h"
 
 namespace {
 
@@ -260,12 +262,23 @@ TEST(DistributeTest, TooManyTermsAreRefusedUnlessForcedAtTheTop) {
   }
   CheckRefused<BitClauseDisjunction>(Pairs(9), "(" + Pairs(9) + ")", true);  // kept nested
   CheckRefused<BitClauseDisjunction>("s" + Pairs(9), "(s" + Pairs(9) + "[s])", true);
+  CheckRefused<BitClauseDisjunction>("st" + Pairs(9), "(st" + Pairs(9) + "[s][t])", true);
   // What was refused and what is behind it is missing.
   CheckRefused<BitClauseConjunction>("y(tu)(" + Pairs(9) + ")(wx)", "y(tu)", false);
   // The disjunctive form refuses nothing.
   const std::string disjunctive = DistributeMirrored<BitClauseConjunction>(Pairs(9));
   EXPECT_EQ(std::count(disjunctive.begin(), disjunctive.end(), '('), 512);
   EXPECT_EQ(ClauseTruth::FirstDifference(Disjunction(Pairs(9)), Conjunction(disjunctive)), "");
+}
+
+TEST(DistributeTest, MultiplyingOutEndsWhenTheJobIsCancelled) {
+  const KXJobToken token;
+  token.Cancel();
+  const KXJobScope scope(token);
+  const auto codeOf = [](auto clause, auto visitor) { return CodeRaisedBy([&] { clause.Accept(visitor); }); };
+  EXPECT_EQ(codeOf(Disjunction("[ab][cd]"), Distribute(false)), kMsgJobCancelled);
+  EXPECT_EQ(codeOf(Conjunction("x([ab][cd])"), Distribute(false)), kMsgJobCancelled);
+  EXPECT_EQ(codeOf(Conjunction("(ab)(cd)"), DistributeDNF()), kMsgJobCancelled);
 }
 
 }  // namespace

@@ -84,7 +84,7 @@ TEST(Subsumption, ExceptionsThatAreWanted) {
 // Of two comparisons of a column with a constant, whatever their form is, one is found to imply the other exactly where
 // no row says the contrary. The constants leave a value between them.
 TEST(Subsumption, OfComparisonsIsExact) {
-  std::vector<OwnedRqExprCondPtr> comparisons;
+  OwnedRqExprCondVector comparisons;
   for (const char* const sign : {"=", "<", "<=", ">", ">="}) {
     for (const std::string constant : {"1", "3"}) {
       comparisons.push_back(ParseCond("a" + (sign + constant)));

@@ -186,13 +186,14 @@ TEST(InwardNegationFormTest, AListOf512ValuesIsExpandedAndAListOfAnotherKindIsNo
 }
 
 TEST(InwardNegationFormDeathTest, WhatIsNoConditionHasNoNegation) {
+  constexpr const char* kLogicError = "SQORAVisitorRqExprCond.*logic error";
   RqExprIntegerLiteral literal(1, false);
   InwardNegationForm inwardNegationForm;
-  EXPECT_DEATH(literal.TourExpr(inwardNegationForm), "");
+  EXPECT_DEATH(literal.TourExpr(inwardNegationForm), kLogicError);
   NegateCondExpr negateCondExpr;
-  EXPECT_DEATH(literal.TourExpr(negateCondExpr), "");
+  EXPECT_DEATH(literal.TourExpr(negateCondExpr), kLogicError);
   const OwnedRqExprCondPtr cond = ParseCond("MultiIn(a,b;1,2)");
-  EXPECT_DEATH(cond->TourExpr(negateCondExpr), "");
+  EXPECT_DEATH(cond->TourExpr(negateCondExpr), kLogicError);
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

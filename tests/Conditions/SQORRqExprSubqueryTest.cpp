@@ -14,6 +14,7 @@ TEST(Subquery, WhatTravelsAndWhatDoesNot) {
   const OwnedRqExprPtr logicalOwner(LogicalSubquery(L"SELECT 1"));
   auto& logical = static_cast<RqExprLogicalSubquery&>(*logicalOwner);
   logical.SetCommonExprName(L"cte");
+  EXPECT_EQ(logical.GetMySize(), 64 + 4 * 8 + 4 * 3 + 24) << "the node, both texts, the other fields";
   RqExprLogicalSubquery read;
   read.FromByteVector(Payload(logical).data());
   EXPECT_EQ(read.GetSubquerySQLString(), L"SELECT 1");

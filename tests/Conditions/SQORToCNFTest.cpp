@@ -1,5 +1,6 @@
 #include "Query/Optimizer/Request/Conditions/SQORToCNF.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -13,6 +14,7 @@
 #include "Host/ErrorMessage.h"
 #include "Node/SmallStack.h"
 #include "Query/Optimizer/Request/Conditions/SQORInwardNegationForm.h"
+#include "TestUtil.h"
 #include "TruthTable.h"
 
 namespace {
@@ -339,6 +341,33 @@ TEST(ComplexityTest, DeepInputRaisesAnErrorInsteadOfUsingUpTheStack) {
       EXPECT_THROW(ToCNF::HarvestDisjunctivePredicates(cond.Get(), out), ErrorMessage);
     });
   }
+}
+
+// What walks the part, what searches it and what copies it take stacks of different sizes: at some depth each of them
+// is the first that runs out.
+TEST(ComplexityTest, ADeepPartOfATooComplicatedConditionRaisesAnErrorInsteadOfUsingUpTheStack) {
+  constexpr int kMaxDepth = 20'000;
+  ScopedEnv env;
+  env.Set(kCnfLimit, "1");
+  env.Set(kUniqueLimit, "2");
+  const auto convert = [](const RqExprCond& cond) { ToCNF().GenerateCNF(cond, false, true, -1); };
+  const auto convertToOwned = [](const RqExprCond& cond) { ToCNFConjuncts().GenerateOwnedCNFConjuncts(cond, true); };
+  unsigned long codes[2] = {};
+  for (int depth = 100; depth < kMaxDepth; depth += depth / 10) {
+    SCOPED_TRACE(depth);
+    const RqExprCondAnd cond(ParseCond("b=1 & c=1 & d=1").Release(), DeepOr(depth).Release());
+    ASSERT_TRUE(ToCNF::IsCondTooComplicated(cond, -1));
+    RunOnSmallStack([&] {
+      codes[0] = CodeRaisedBy([&] { convert(cond); });
+      codes[1] = CodeRaisedBy([&] { convertToOwned(cond); });
+    });
+    for (const unsigned long code : codes) EXPECT_THAT(code, testing::AnyOf(0U, kMsgStackLow));
+  }
+  for (const unsigned long code : codes) EXPECT_EQ(code, kMsgStackLow);
+}
+
+TEST(NormalFormDeathTest, AFilterBelowTwoNegations) {
+  EXPECT_DEATH(ToCNF()(*ParseCond("!(!Filter(a=1) & b=1)")), "SQORRqExprCondToBitClause.*logic error");
 }
 
 // ---------------------------------------------------------------------------------------------------------------------

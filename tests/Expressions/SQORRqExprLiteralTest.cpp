@@ -6,12 +6,14 @@
 #include <functional>
 #include <limits>
 #include <memory>
+#include <set>
 #include <string>
 #include <thread>
 #include <tuple>
 #include <vector>
 
 #include "Expressions/ExprSamples.h"
+#include "Host/ErrorMessage.h"
 #include "Host/SUSystemConfig.h"
 #include "Host/TypedFieldValue.h"
 
@@ -28,10 +30,16 @@ RqExprStringLiteral* Quoted(const wchar_t* text, RqExprStringLiteral::StringWrap
   return pLiteral;
 }
 
-/// "Integer 5", "Null ".
+/// "Integer 5", "Null ". The mark of a placeholder and a precision stand behind it.
 std::string Describe(const RqExprLiteral& literal) {
   const std::string kind(GetRqNodeTypeName(literal.GetObjectType()).substr(std::strlen("RqExpr")));
-  return kind.substr(0, kind.find("Literal")) + " " + literal.ToCanonicalCSVFormat().ToUTF8();
+  std::string text = kind.substr(0, kind.find("Literal")) + " " + literal.ToCanonicalCSVFormat().ToUTF8();
+  if (literal.IsIntegerLiteral() && static_cast<const RqExprIntegerLiteral&>(literal).IsPlaceHolder()) text += "?";
+  if (literal.IsDateTimeLiteral()) {
+    const short precision = static_cast<const RqExprDateTimeLiteral&>(literal).GetPrecision();
+    if (precision != 0) text += " (" + std::to_string(precision) + ")";
+  }
+  return text;
 }
 
 // Comparison
@@ -121,32 +129,7 @@ TEST(LiteralFromPropertyValue, JoinsAVectorAndNeedsAValue) {
   EXPECT_DEATH(RqExprLiteral::MakeRqExprLiteral(owner, nullptr), "pPropertyValue");
 }
 
-TypedFieldValue Field(KXDataType type, ByteVector bytes) { return TypedFieldValue(type, std::move(bytes), 0, false); }
-
-TEST(LiteralFromTypedFieldValue, HasItsTypeAndValue) {
-  const std::pair<TypedFieldValue, const char*> rows[] = {
-      {TypedFieldValue(L"x", false), "String 'x'"},
-      {TypedFieldValue(7, true), "Integer 7"},
-      {TypedFieldValue(2.5, false), "Float 2.5"},
-      {TypedFieldValue(Number(L"1.25"), false), "Number 1.25"},
-      {TypedFieldValue(KXDate(1999, 2, 3), false), "Date '1999-02-03'"},
-      {TypedFieldValue(KXTime(1, 2, 3), false), "Time '01:02:03.000'"},
-      {TypedFieldValue(KXDateTime(1999, 2, 3, 4, 5, 6), false), "DateTime '1999-02-03 04:05:06.000'"},
-      {TypedFieldValue(), "String ''"},
-      {Field(KXLongVarCharData, {1, 0, 0, 0, 'a'}), "String 'a'"},
-      {Field(KXBitData, {1}), "String '1'"},
-      {Field(KXInt1Data, {0xff}), "Integer -1"},
-      {Field(KXUInt2Data, {0xfe, 0xff}), "Integer 65534"},
-      {Field(KXUInt4Data, {1, 0, 0, 0}), "Integer 1"},
-  };
-  for (const auto& [value, literal] : rows) {
-    EXPECT_EQ(Describe(*Owned(RqExprLiteral::MakeRqExprLiteral(value))), literal);
-  }
-  const TypedFieldValue money = Field(KXMoneyData, ByteVector(8));
-  EXPECT_DEATH(RqExprLiteral::MakeRqExprLiteral(money), "SQORRqExprLiteral") << "no literal stands for the type";
-}
-
-// Literals from row records
+// Literals from fields
 
 /// Bytes as they lie in a record.
 template <class T>
@@ -177,39 +160,76 @@ ByteVector NumberBytes(const wchar_t* text) {
   return bytes;
 }
 
+const char* const kSame = "same";
+const char* const kRaises = "raises";
+
+/// A field, and the literals that a row record and a typed value of these bytes become; null: none stands for the type.
 struct FieldRow {
   KXDataType type;
   ByteVector field;
-  const char* literal;  // null: no literal stands for the type
+  const char* literal;
+  const char* typedLiteral = kSame;
   bool bUnicode = false;
 };
 
-TEST(RecordField, BecomesALiteral) {
-  const FieldRow rows[] = {
-      {KXBitData, {1}, "Integer 1"},
+/// Each type at least once.
+std::vector<FieldRow> FieldRows() {
+  return {
+      {KXBitData, {1}, "Integer 1", "String '1'"},
       {KXInt1Data, {0xff}, "Integer -1"},
-      {KXBoolean, {0x80}, "Integer -128"},
+      {KXBoolean, {0x80}, "Integer -128", "String '-128'"},
       {KXUInt1Data, {0xff}, "Integer 255"},
       {KXInt2Data, BytesOf(std::int16_t{-2}), "Integer -2"},
       {KXUInt2Data, BytesOf(std::uint16_t{65534}), "Integer 65534"},
       {KXInt4Data, BytesOf(std::int32_t{-3}), "Integer -3"},
       {KXUInt4Data, BytesOf(std::uint32_t{2147483647}), "Integer 2147483647"},
-      {KXUInt4Data, BytesOf(std::uint32_t{2147483648}), "Float 2147483648.0"},
+      {KXUInt4Data, BytesOf(std::uint32_t{2147483648}), "Float 2147483648.0", kRaises},
       {KXFloatData, BytesOf(2.5f), "Float 2.5"},
       {KXDoubleData, BytesOf(0.1), "Float 0.1"},
-      {KXCharData, Wide(std::wstring(L"ab  \0cd", 7)), "String 'ab'", true},
-      {KXCharData, Narrow(std::string("ab  \0cd", 7)), "String 'ab  '"},
+      {KXCharData, Wide(std::wstring(L"ab  \0cd", 7)), "String 'ab'", kSame, true},
+      {KXCharData, Narrow(std::string("ab  \0cd", 7)), "String 'ab  '", "String 'ab'"},
       {KXCharData, Narrow(std::string("\xc3\xbc\0", 3)), "String '\xc3\xbc'"},
-      {KXVarCharData, Counted(3, Wide(L"a\x4e00 zz")), "String 'a\xe4\xb8\x80 '", true},
-      {KXVarCharData, Counted(3, Wide(std::wstring(L"a\0b", 3))), "String 'a'", true},
+      {KXVarCharData, Counted(3, Wide(L"a\x4e00 zz")), "String 'a\xe4\xb8\x80 '", kSame, true},
       {KXLongVarCharData, Counted(2, Narrow("abc")), "String 'ab'"},
+      {KXNumericData, NumberBytes(L"1.25"), "Number 1.25"},
       {KXDecimalData, NumberBytes(L"-1.25"), "Number -1.25"},
       {KXDateData, BytesOf(KXDate(1999, 2, 3)), "Date '1999-02-03'"},
       {KXTimeData, BytesOf(KXTime(1, 2, 3)), "Time '01:02:03.000'"},
       {KXDateTimeData, BytesOf(KXDateTime(1999, 2, 3, 4, 5, 6)), "DateTime '1999-02-03 04:05:06.000'"},
-      {KXMoneyData, {1}, nullptr},
-      {KXMaxType, {1}, nullptr},
+      {KXTimeStampData, BytesOf(KXDateTime(1999, 2, 3, 4, 5, 6)), "DateTime '1999-02-03 04:05:06.000'"},
+      {KXBinaryData, {0xab}, nullptr, "String 'AB'"},
+      {KXVarBinaryData, {0xab}, nullptr, "String 'AB'"},
+      {KXLongVarBinaryData, {0xab}, nullptr, "String 'AB'"},
+      {KXObjectData, {0xab}, nullptr, "String 'AB'"},
+      {KXIntervalData, Counted(1, Narrow("a")), nullptr, "String 'a'"},
+      {KXUnknown, {}, nullptr, "String ''"},
+      {KXMoneyData, ByteVector(8), nullptr},
   };
+}
+
+TEST(LiteralFromTypedFieldValue, HasItsTypeAndValue) {
+  std::set<KXDataType> types;
+  for (const FieldRow& row : FieldRows()) {
+    SCOPED_TRACE(row.type);
+    types.insert(row.type);
+    const TypedFieldValue value(row.type, row.field, 0, row.bUnicode);
+    const char* const literal = row.typedLiteral == kSame ? row.literal : row.typedLiteral;
+    if (!literal) {
+      EXPECT_DEATH(RqExprLiteral::MakeRqExprLiteral(value), "SQORRqExprLiteral");
+    } else if (literal == kRaises) {
+      EXPECT_THROW(RqExprLiteral::MakeRqExprLiteral(value), ErrorMessage);
+    } else {
+      EXPECT_EQ(Describe(*Owned(RqExprLiteral::MakeRqExprLiteral(value))), literal);
+    }
+  }
+  EXPECT_EQ(types.size(), static_cast<std::size_t>(KXMaxType)) << "no type is left out";
+}
+
+TEST(RecordField, BecomesALiteral) {
+  // Text that a zero ends; a number that is no type.
+  std::vector<FieldRow> rows = FieldRows();
+  rows.push_back({KXVarCharData, Counted(3, Wide(std::wstring(L"a\0b", 3))), "String 'a'", kSame, true});
+  rows.push_back({KXMaxType, {1}, nullptr});
   // Three odd bytes in front, the second of them the null flag, so that no field is aligned.
   constexpr int kValueOffset = 3;
   for (const FieldRow& row : rows) {

@@ -115,7 +115,7 @@ TEST(Scalar, FieldsInComparison) {
     change(*pPredict);
     return pPredict;
   };
-  using Options = std::vector<KXStringPair>;
+  using Options = KXNodeVector<KXStringPair>;
   const auto dictionary = [](const wchar_t* table, const wchar_t* name) {
     return new RqExprDictLookup(Int(1), nullptr, {L"u", table}, name);
   };

@@ -13,6 +13,7 @@
 #include "HostMemory/MemoryGateway.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprColumnList.h"
 #include "Query/Optimizer/Request/Expressions/SQORRqExprExternal.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprLiteral.h"
 
 namespace {
 
@@ -100,7 +101,13 @@ TEST(SessionVar, TakesItsValueFromTheBundleOfTheLookupAboveIt) {
   MemoryGateway rp;
   rp.SetSessionVariable(L"B", L"LANG", L"en").SetSessionVariable(L"B", L"lang", L"de");
 
+  rp.MakeObject<MemoryDatabase>(1U, L"bundles", ServerInfo::kVblData);
+  rp.MakeObject<MemoryDatabase>(2U, L"tables", ServerInfo::kSQLite);
+  const VoidID bundles(kTIDADatabase, 1);
+  const VoidID tables(kTIDADatabase, 2);
+
   RqExprLookup lookup;
+  lookup.MarkTargetID(bundles);
   RqExprSessionVar* const pVariable = make(bundleName);
   lookup.AddChild(pVariable);
   Heap<PropertyValue> value;
@@ -113,6 +120,15 @@ TEST(SessionVar, TakesItsValueFromTheBundleOfTheLookupAboveIt) {
   EXPECT_TRUE(pVariable->GetVBLBundleSessionVariableIfItExists(value, &rp));
   EXPECT_EQ(value->StringFrom(), L"en");
   EXPECT_EQ(pVariable->GetValue(&rp)->StringFrom(), L"en");
+
+  lookup.MarkTargetID(tables);
+  EXPECT_FALSE(pVariable->GetVBLBundleSessionVariableIfItExists(value, &rp)) << "no database of bundles";
+  lookup.MarkTargetID(VoidID::NullID);
+  EXPECT_FALSE(pVariable->GetVBLBundleSessionVariableIfItExists(value, &rp)) << "no database";
+  OwnedRqExprPtr valueExpr(new RqExprIntegerLiteral(1, false));
+  valueExpr->MarkTargetID(bundles);
+  lookup.SetValueExpr(valueExpr);
+  EXPECT_TRUE(pVariable->GetVBLBundleSessionVariableIfItExists(value, &rp));
 
   rp.RemoveSessionVariable(L"B", L"LANG");
   EXPECT_THROW(pVariable->GetValue(&rp), ErrorMessage) << "it has no value";

@@ -199,6 +199,7 @@ class ExprLog : public AVisitorRqExpr {
 class NodeLog : public AVisitorRqNode {
  public:
   int m_numExprs = 0;
+  std::function<void(RqExpr&)> m_onExpr = [](RqExpr&) {};
 
 #define RQ_VISIT(Class, body, state) \
   bool Visit(Class& node) override { return OnVisit(node); }
@@ -209,8 +210,9 @@ class NodeLog : public AVisitorRqNode {
   bool OnVisit(Class&) {
     return false;
   }
-  bool OnVisit(RqExpr&) {
+  bool OnVisit(RqExpr& expr) {
     ++m_numExprs;
+    m_onExpr(expr);
     return false;
   }
 };
@@ -263,6 +265,9 @@ TEST(Tours, EndInAnErrorWhenTheStackRunsLow) {
   RunOnSmallStack([&] {
     ExprLog log;
     EXPECT_EQ(CodeRaisedBy([&] { pTree->TourExpr(log); }), kMsgStackLow);
+    NodeLog nodeLog;  // starts the tour of an expression from its visit over and over
+    nodeLog.m_onExpr = [&](RqExpr& expr) { expr.Tour(nodeLog); };
+    EXPECT_EQ(CodeRaisedBy([&] { pTree->Tour(nodeLog); }), kMsgStackLow);
   });
 }
 

@@ -150,7 +150,7 @@ TEST(ConjunctUtility, TakesNotsOutOverRankTests) {
   for (const auto& [pCond, kinds] : rows) {
     SCOPED_TRACE(kinds);
     RqHandleNode holder;
-    std::vector<Heap<RqExprCond>> conjuncts;
+    KXNodeVector<Heap<RqExprCond>> conjuncts;
     conjuncts.emplace_back(pCond);
     ConjunctUtility::UnNegateTopNBottomNConjuncts(conjuncts, holder);
     EXPECT_EQ(Kinds(conjuncts[0].Get()), kinds);

@@ -149,7 +149,7 @@ ByteVector Frame(int children, int type) {
 TEST(TreeVectorDeathTest, ATrustedBufferHoldsNoSuchKind) {
   for (const int type : {-1, 0, 214, 253, static_cast<int>(kRqExprIDOf), static_cast<int>(kRqExprCond)}) {
     RqNode* pNode = nullptr;
-    EXPECT_DEATH(RqTreeVector::FromByteVector(Frame(0, type).data(), &pNode), "") << type;
+    EXPECT_DEATH(RqTreeVector::FromByteVector(Frame(0, type).data(), &pNode), "SQORRqTreeVector.*logic error") << type;
   }
 }
 
@@ -192,6 +192,11 @@ TEST(TreeVectorBounded, DamageIsNamed) {
   EXPECT_EQ(ErrorOf(good, {.m_maxNesting = 2}), kMsgBytesNestTooDeeply);
   EXPECT_EQ(ErrorOf(good, {.m_maxObjects = 3}), kMsgBytesHoldTooMuch);
   EXPECT_EQ(ErrorOf(good, {.m_maxNesting = 3, .m_maxObjects = 4}), 0U);
+
+  const Heap<RqNode> level(new RqExprLevel);
+  ByteVector damagedLevel = Write(level.Get());
+  damagedLevel[damagedLevel.size() - sizeof(std::int32_t)] = RqExprLevel::kUnknown + 1;  // the type comes last
+  EXPECT_EQ(ErrorOf(damagedLevel), kMsgBytesMalformed);
 
   // Operands that the class cannot live with: none, too many, null, a value in place of a condition.
   const auto shape = [](std::initializer_list<RqExpr*> operands) {

@@ -32,6 +32,7 @@ TEST_F(SmartRqNodePtrTest, ReadsNullOnceTheTargetIsGone) {
   EXPECT_EQ(assigned.Get(), nullptr);
   EXPECT_EQ(copy.Get(), m_pOther.get());
   copy = nullptr;
+  m_pOther->AddRqNodePtr(nullptr);
   EXPECT_EQ(m_pOther->GetSmartPtrReferencesCount(), 0);
 }
 

@@ -134,7 +134,7 @@ TEST(ToString, VectorsAndNodes) {
   std::vector<Heap<RqExpr>> exprs;
   exprs.emplace_back(Col(L"b"));
   exprs.emplace_back(nullptr);
-  std::vector<Heap<RqExprCond>> conds;
+  KXNodeVector<Heap<RqExprCond>> conds;
   conds.emplace_back(new RqExprCondLess(Col(L"b"), Int(2)));
   const std::pair<KXString, const wchar_t*> rows[] = {
       {ToString(std::vector<int>{}, nullptr), L" [ ]"},
@@ -151,7 +151,7 @@ TEST(ToString, VectorsAndNodes) {
       {ToString(exprs, nullptr), L"[T1.b, ]"},
       {ToString(conds, nullptr), L"[T1.b < 2]"},
       {ToString(RqExprPairVector{{a.Get(), one.Get()}, {one.Get(), nullptr}}, nullptr), L"[1 as T1.a,  as 1]"},
-      {ToString(std::list<RqJoinLink*>{}, nullptr, true), L"[]"},
+      {ToString(RqJoinLinkPtrList{}, nullptr, true), L"[]"},
   };
   for (const auto& [text, expected] : rows) EXPECT_EQ(text, expected);
 }

@@ -53,6 +53,7 @@ TEST(KXDateTime, ReadsCalendarValuesAndNothingElse) {
   EXPECT_FALSE(KXDate::FromString(L"2020-10-01 00:00:00", date));
   EXPECT_TRUE(date == KXDate(7, 7, 7) && KXDate::FromString(L" 2020-10-1 ", date));
   EXPECT_EQ(date, KXDate(2020, 10, 1));
+  EXPECT_FALSE(KXTime(1, 2, 3, 1'000'000'000).IsValid()) << "which no text says";
 }
 
 TEST(KXDateTime, PrecisionCutsTheFractionOff) {

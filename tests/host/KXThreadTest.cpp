@@ -4,9 +4,11 @@
 #include <pthread.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
+#include <ucontext.h>
 
 #include <functional>
 #include <thread>
+#include <vector>
 
 #include "Host/ErrorMessage.h"
 #include "Host/ServerLog.h"
@@ -106,6 +108,32 @@ TEST(LowStackCheckTest, FollowsTheMainThreadsLimit) {
   EXPECT_GT(after.m_depth, before.m_depth * 3 / 2);
   // The pages stay mapped, so the old limit only has to be put back in the books.
   ASSERT_EQ(setrlimit(RLIMIT_STACK, &limit), 0);
+}
+
+// Seen from the thread, a fiber's frame on the heap lies far below the end of the stack.
+TEST(LowStackCheckTest, RaisesNothingOnAStackThatIsNotTheThreadsOwn) {
+  static bool s_bRan, s_bRaised;
+  s_bRan = s_bRaised = false;
+  std::vector<char> stack(std::size_t{256} << 10);
+  ucontext_t here{}, fiber{};
+  ASSERT_EQ(getcontext(&fiber), 0);
+  fiber.uc_stack.ss_sp = stack.data();
+  fiber.uc_stack.ss_size = stack.size();
+  fiber.uc_link = &here;
+  makecontext(
+      &fiber,
+      [] {
+        try {
+          KXThread::LowStackCheck(0);
+        } catch (const ErrorMessage&) {
+          s_bRaised = true;
+        }
+        s_bRan = true;
+      },
+      0);
+  ASSERT_EQ(swapcontext(&here, &fiber), 0);
+  EXPECT_TRUE(s_bRan);
+  EXPECT_FALSE(s_bRaised);
 }
 
 bool IsCancelledHere() {

@@ -1,6 +1,7 @@
 // normal_form_truth ARGS: where ARGS are a command line of `rq normalize`, holds the normal form of each condition
 // against the condition by a truth table over its atoms. Prints how many agree; the first row where one does not goes
-// to standard error, and the exit status is 1. Conditions that were given up do not count.
+// to standard error, and the exit status is 1. Conditions that were given up do not count, and those of the
+// standard input or of a file are not read.
 
 #include <algorithm>
 #include <cstdint>
@@ -208,7 +209,7 @@ Arguments ReadArguments(const std::vector<std::string>& texts) {
       bOptions = false;
     } else if (bOptions && text.starts_with("--") && text.find(' ') == std::string::npos) {
       options.push_back(text);
-    } else {
+    } else if (text != "-") {
       arguments.m_conditions.push_back(text);
     }
   }

@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <fstream>
 #include <istream>
 #include <ostream>
 #include <streambuf>
@@ -112,6 +115,38 @@ TEST(Normalize, OutputThatFails) {
   }
 }
 
+// The sanitizers need address space without a limit.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kCanLimitAddressSpace = false;
+#else
+constexpr bool kCanLimitAddressSpace = true;
+#endif
+
+/// Leaves that much address space to the process.
+void LeaveAddressSpace(std::size_t nBytes) {
+  std::size_t nPages = 0;
+  std::ifstream("/proc/self/statm") >> nPages;
+  const rlim_t limit = nPages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) + nBytes;
+  const rlimit limits{limit, limit};
+  setrlimit(RLIMIT_AS, &limits);
+}
+
+TEST(NormalizeDeathTest, ALineThatTheMemoryIsTooSmallForIsAnErrorAmongTheOthers) {
+  if (!kCanLimitAddressSpace) GTEST_SKIP();
+  const std::string lines = "a IN (" + Repeated("a+a+a+a+a+a+a+a,", 12'000) + "a)\nb = 1\n";
+  const std::string error = "{\"error\":\"there is not enough memory for this condition\",\"line\":1,\"column\":1}\n";
+  for (std::size_t nMegabytes = 32; nMegabytes <= 96; nMegabytes += 16) {
+    SCOPED_TRACE(nMegabytes);
+    const auto run = [&] {
+      LeaveAddressSpace(nMegabytes << 20);
+      const std::string out = RunRq({"normalize", "--format", "json"}, lines).m_out;
+      const bool bEachLineIsThere = std::ranges::count(out, '\n') == 2;
+      _exit(bEachLineIsThere && (out.starts_with(error) || out.starts_with("{\"input\":\"a in")) ? 0 : 3);
+    };
+    EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
+  }
+}
+
 // ---------------------------------------------------------------------------------------------------------------------
 // The command line itself
 
@@ -126,6 +161,16 @@ TEST(CommandLine, NothingGivenOnATerminalIsMisuse) {
 
 TEST(BigStack, PassesErrorsOn) {
   EXPECT_THROW(RunOnBigStack([] { throw std::runtime_error("x"); }), std::runtime_error);
+}
+
+TEST(BigStackDeathTest, LeavesTheTaskAsMuchAsItTakes) {
+  if (!kCanLimitAddressSpace) GTEST_SKIP();
+  const auto run = [] {
+    LeaveAddressSpace(100 << 20);
+    RunOnBigStack([] { ::operator delete(::operator new(48 << 20)); });
+    _exit(0);
+  };
+  EXPECT_EXIT(run(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

@@ -15,13 +15,14 @@ constexpr std::size_t kGuardBytes = 64UL * 1024;
 class StackMapping {
  public:
   StackMapping() {
-    // A limit on the address space may leave room for a smaller one only.
+    // A limit on the address space may leave room for a smaller one only. As much again is left to the task.
     for (std::size_t nBytes = kBigStackBytes; m_pBase == MAP_FAILED && nBytes >= kLeastStackBytes; nBytes /= 2) {
       m_nBytes = nBytes;
-      m_pBase =
-          mmap(nullptr, nBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_STACK, -1, 0);
+      m_pBase = mmap(nullptr, 2 * nBytes, PROT_READ | PROT_WRITE,
+                     MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_STACK, -1, 0);
     }
     if (m_pBase == MAP_FAILED) throw std::system_error(ENOMEM, std::generic_category(), "no stack");
+    munmap(static_cast<char*>(m_pBase) + m_nBytes, m_nBytes);
     mprotect(m_pBase, kGuardBytes, PROT_NONE);
   }
   StackMapping(const StackMapping&) = delete;

@@ -7,6 +7,6 @@
 /// Only what is used of it takes memory.
 inline constexpr std::size_t kBigStackBytes = 512UL * 1024 * 1024;
 
-/// Runs the task on a thread with a stack of kBigStackBytes, or of less where the system gives no more, and waits for
-/// it. What the task throws is thrown here.
+/// Runs the task on a thread with a stack of kBigStackBytes, or of less where the system does not give twice that, and
+/// waits for it. What the task throws is thrown here.
 void RunOnBigStack(const std::function<void()>& task);

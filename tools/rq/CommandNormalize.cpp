@@ -24,9 +24,11 @@ Write -- before a condition that begins with a dash.
 The exit status is 0, or 2 if there was an error: in an argument (nothing is
 written then), on a line (the others are), or in the use of the command.
 
-The environment bounds what is tried: TELMA_CNF_COMPLEXITY_LIMIT (512) and
-TELM_CNF_UNIQUE_CONDITION_LIMIT (16) for cnf and cnf-conjuncts,
-TELMA_DNF_COMPLEXITY_LIMIT (1024) for dnf.
+A conversion to cnf or cnf-conjuncts is given up if more clauses are estimated
+than TELMA_CNF_COMPLEXITY_LIMIT (512) and there are more different atoms than
+TELM_CNF_UNIQUE_CONDITION_LIMIT (16), or if a disjunction has more than 8 terms
+of several factors to multiply out; one to dnf is, if more clauses are estimated
+than TELMA_DNF_COMPLEXITY_LIMIT (1024). These are variables of the environment.
 
 A condition is one of PostgreSQL's grammar. It may hold + - * / % ^ ||, CASE,
 CAST, COALESCE, NULLIF, TRIM, USER and these functions, of which log is the
@@ -78,9 +80,14 @@ void CommandNormalize::Define(CLI::App& app) {
       ->type_name("FORMAT")
       ->capture_default_str();
   app.add_flag("--keep-in", m_options.m_bKeepIn, "Leave an IN over a list as one atom");
-  app.add_flag("--force", m_options.m_bForce, "Convert whatever it may cost (cnf, dnf)");
+  app.add_flag("--force", m_options.m_bForce,
+               "cnf: multiply out a disjunction at the top of more\n"
+               "than 8 terms, within --limit; dnf: convert whatever\n"
+               "is estimated");
   app.add_option("--limit", m_options.m_limit,
-                 "Estimated clauses above which no conversion is tried; 0: no limit, -1: the environment's (cnf, dnf)")
+                 "Estimated clauses above which dnf is given up, and\n"
+                 "cnf if there are too many atoms as well; 0: no\n"
+                 "limit, -1: the environment's")
       ->check(WhyNoLimit)
       ->type_name("N")
       ->capture_default_str();

@@ -19,7 +19,7 @@
 namespace {
 
 bool IsPassedOver(std::string_view line) {
-  const std::size_t first = line.find_first_not_of(" \t\f\v");
+  const std::size_t first = line.find_first_not_of(" \t\f\v\r");
   return first == std::string_view::npos || line.substr(first).starts_with("--");
 }
 

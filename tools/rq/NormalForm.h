@@ -16,7 +16,7 @@ struct NormalizeOptions {
   Form m_form = Form::kCnf;
   Format m_format = Format::kText;
   bool m_bKeepIn = false;  ///< An IN over a list stays one atom.
-  bool m_bForce = false;   ///< A conversion is tried whatever it may cost.
+  bool m_bForce = false;   ///< kCnf: a disjunction at the top may have any number of terms; kDnf: m_limit is none.
   int m_limit = -1;        ///< Of the estimated clauses; negative: the environment's, 0: none.
 };
 

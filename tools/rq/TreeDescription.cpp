@@ -179,10 +179,10 @@ std::string JsonOf(const std::optional<Value>& value) {
 }
 
 // Each may hold the others.
-template <class Value>
-std::string JsonOf(const std::vector<Value>& values);
-template <class Value>
-std::string JsonOf(const std::set<Value>& values);
+template <class Value, class Allocator>
+std::string JsonOf(const std::vector<Value, Allocator>& values);
+template <class Value, class Less, class Allocator>
+std::string JsonOf(const std::set<Value, Less, Allocator>& values);
 template <class First, class Second>
 std::string JsonOf(const std::pair<First, Second>& pair);
 
@@ -200,12 +200,12 @@ std::string JsonOfRange(const Range& range) {
   }
   return json + "]";
 }
-template <class Value>
-std::string JsonOf(const std::vector<Value>& values) {
+template <class Value, class Allocator>
+std::string JsonOf(const std::vector<Value, Allocator>& values) {
   return JsonOfRange(values);
 }
-template <class Value>
-std::string JsonOf(const std::set<Value>& values) {
+template <class Value, class Less, class Allocator>
+std::string JsonOf(const std::set<Value, Less, Allocator>& values) {
   return JsonOfRange(values);
 }
 template <class First, class Second>
@@ -276,7 +276,7 @@ std::vector<KXStringVector> GroupingSetsOf(RqGroupBy& groupBy, ARpGateway* pRp) 
 }
 
 KXStringVector ProbeStatementsOf(const RqList& list) {
-  std::vector<ProbeQuery> probes;
+  KXNodeVector<ProbeQuery> probes;
   list.GetProbeSqls(probes);
   KXStringVector statements;
   for (const ProbeQuery& probe : probes) statements.push_back(probe.m_ProbeSql);

@@ -112,6 +112,7 @@ class DataBlobUtil : public CrcUtil {
   static void ToByteVector(ByteVector& bv, const void* value) {
     Append(bv, static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(value)));
   }
+  static void ToByteVector(ByteVector& bv, void* value) { ToByteVector(bv, static_cast<const void*>(value)); }
   static void ToByteVector(ByteVector& bv, const KXString& value);
   static void ToByteVector(ByteVector& bv, const KXNString& value);
   static void ToByteVector(ByteVector& bv, const KXStringPair& value);

@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include "Host/MemAlloc.h"
+
 /// The server's text: wide characters of 32 bits in a shared, counted buffer.
 ///
 /// A string is one pointer, null for the empty string. Copies share the buffer; the first change made through one of
@@ -218,7 +220,7 @@ using KXNString = std::string;
 /// A byte string held one byte a wide character: the format string of metadata hash helpers.
 using KXWBString = std::wstring;
 
-using KXStringVector = std::vector<KXString>;
+using KXStringVector = KXNodeVector<KXString>;
 
 /// Block and name: the key of a session variable.
 using KXStringPair = std::pair<KXString, KXString>;

@@ -18,9 +18,9 @@ class KXThread {
   /// To be called at each level of a recursion, which so ends in an error instead of a crash.
   ///
   /// It knows the stack of any thread by itself, whoever made it: the main thread's grows to its resource limit, looked
-  /// up again before an error is raised on it; an unlimited one counts as 1 GiB. On a stack that is not the thread's
-  /// own (a signal stack, a fiber) it cannot tell and raises nothing. Cost: a load and a compare, apart from the first
-  /// call on a thread.
+  /// up again before an error is raised on it, so that a limit that was lowered is noticed late; an unlimited one
+  /// counts as 1 GiB. On a stack that is not the thread's own (a signal stack, a fiber) it cannot tell and raises
+  /// nothing. Cost: a load and a compare, apart from the first call on a thread.
   static void LowStackCheck(int moreBytes) {
     const auto frame = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
     if (frame - static_cast<std::uintptr_t>(moreBytes) < t_stackLimit) [[unlikely]]

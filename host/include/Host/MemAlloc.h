@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 #include <new>
+#include <vector>
 
 namespace memalloc {
 
@@ -109,6 +110,10 @@ class KXNodeStdAlloc {
 
   friend constexpr bool operator==(const KXNodeStdAlloc&, const KXNodeStdAlloc&) noexcept { return true; }
 };
+
+/// A vector that may stand in a node.
+template <class T>
+using KXNodeVector = std::vector<T, KXNodeStdAlloc<T>>;
 
 /// The count of live request nodes in the process.
 ///

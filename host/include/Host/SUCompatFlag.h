@@ -26,7 +26,8 @@ class SUCompatFlag {
 };
 
 /// The same switches for one request: the session property of the flag's name where the session has one, else the
-/// process's value. A null gateway has no session.
+/// process's value. A null gateway has no session. The session's value is read as any boolean property of it is, and
+/// raises ErrorMessage as those do.
 class SOCompatFlag {
  public:
   static bool GetBool(const KXString& name, ARpGateway* pRp);

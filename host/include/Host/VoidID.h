@@ -77,8 +77,8 @@ struct std::hash<VoidID> {
   }
 };
 
-using VoidIDVector = std::vector<VoidID>;
-using VoidIDSet = std::set<VoidID>;
+using VoidIDVector = KXNodeVector<VoidID>;
+using VoidIDSet = std::set<VoidID, std::less<VoidID>, KXNodeStdAlloc<VoidID>>;
 
 /// Byte form of a vector of identifiers: their number, then each in order.
 class VoidIDVectorUtil {

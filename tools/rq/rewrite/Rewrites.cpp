@@ -78,8 +78,8 @@ OwnedRqExprCondPtr DisjunctiveForm(const RqExprCond& cond) {
   return form;
 }
 
-std::vector<RqDerivedColumn*> ColumnsIn(RqNode& root) {
-  std::vector<RqDerivedColumn*> columns;
+RqDerivedColumnVector ColumnsIn(RqNode& root) {
+  RqDerivedColumnVector columns;
   ForEachRequestNode(root, [&columns](RqNode& node) {
     if (node.GetObjectType() == kRqDerivedColumn) columns.push_back(static_cast<RqDerivedColumn*>(&node));
   });
@@ -93,11 +93,11 @@ using Moves = std::vector<std::pair<RqDerivedColumnReference*, RqDerivedColumn*>
 /// at its own ones, and those that stand elsewhere, outside of the condition, at the first ones. False, and nothing is
 /// changed, if a column has no copy.
 bool MoveReferences(RqNode& root, RqExprCond& cond, RqExprCond& form) {
-  const std::vector<RqDerivedColumn*> columns = ColumnsIn(cond);
+  const RqDerivedColumnVector columns = ColumnsIn(cond);
   if (columns.empty()) return true;
   Moves moves;
   bool bAll = true;
-  const auto aim = [&](RqNode& node, const std::vector<RqDerivedColumn*>& copies) {
+  const auto aim = [&](RqNode& node, const RqDerivedColumnVector& copies) {
     if (node.GetObjectType() != kRqDerivedColumnReference) return;
     auto& reference = static_cast<RqDerivedColumnReference&>(node);
     if (!reference.IsValidDerivedColumnReference()) return;
@@ -108,12 +108,12 @@ bool MoveReferences(RqNode& root, RqExprCond& cond, RqExprCond& form) {
     if (copy != copies.end()) moves.emplace_back(&reference, *copy);
   };
   // A subquery may read what stands in another one.
-  const std::vector<RqDerivedColumn*> copies = ColumnsIn(form);
+  const RqDerivedColumnVector copies = ColumnsIn(form);
   ForEachRequestNode(form, [&](RqNode& node) { aim(node, copies); });
   ForEachRequestNode(form, [&](RqNode& node) {
     // An outer subquery comes after those in it, and its moves go last.
     if (node.GetObjectType() != kRqExprPhysicalSubquery) return;
-    const std::vector<RqDerivedColumn*> own = ColumnsIn(node);
+    const RqDerivedColumnVector own = ColumnsIn(node);
     ForEachRequestNode(node, [&](RqNode& inner) {
       const bool bKnownBefore = bAll;
       aim(inner, own);

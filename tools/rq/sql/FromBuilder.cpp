@@ -47,7 +47,7 @@ void CollectConjuncts(const RqExprCond& cond, std::vector<const RqExprCond*>& co
 }
 
 /// The same, taken out of the condition.
-void TakeConjuncts(OwnedRqExprCondPtr cond, std::vector<OwnedRqExprCondPtr>& conjuncts) {
+void TakeConjuncts(OwnedRqExprCondPtr cond, OwnedRqExprCondVector& conjuncts) {
   KXThread::LowStackCheck(0);
   if (!cond->IsAndCond()) {
     conjuncts.push_back(std::move(cond));
@@ -303,7 +303,7 @@ std::set<RqJoinNode*> FromBuilder::GetNodes(const RqExpr& expr) const {
 
 /// The conjuncts that are no links stay behind.
 void FromBuilder::AddInnerLinks(JoinTree& join) {
-  std::vector<OwnedRqExprCondPtr> conjuncts;
+  OwnedRqExprCondVector conjuncts;
   if (join.m_cond) TakeConjuncts(std::move(join.m_cond), conjuncts);
   for (std::size_t i = 0; i < conjuncts.size(); ++i) {
     if (join.m_linked[i]) {

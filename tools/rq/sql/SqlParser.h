@@ -4,8 +4,9 @@
 
 #include "rq/sql/SqlTree.h"
 
-/// The most bytes of a text. What a parse takes is some hundred times as much.
-inline constexpr std::size_t kMaxSqlBytes = 16 * 1024 * 1024;
+/// The most bytes of a text. The parser ends the process if its tree is above 1 GiB as JSON, of which the densest texts
+/// have 105 bytes a byte.
+inline constexpr std::size_t kMaxSqlBytes = 8 * 1024 * 1024;
 
 /// The parse tree of one condition of SQL.
 class SqlCondition {

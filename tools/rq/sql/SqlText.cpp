@@ -1,8 +1,9 @@
 #include "rq/sql/SqlText.h"
 
+#include <locale.h>
+#include <wchar.h>
+
 #include <algorithm>
-#include <array>
-#include <cstdint>
 
 #include "Host/KXString.h"
 
@@ -42,30 +43,15 @@ struct ShownCharacter {
   std::size_t m_width;
 };
 
-struct CharacterRange {
-  char32_t m_first;
-  char32_t m_last;
-};
-
-template <std::size_t kSize>
-bool IsIn(const std::array<CharacterRange, kSize>& ranges, char32_t character) {
-  return std::ranges::any_of(
-      ranges, [character](const CharacterRange& r) { return character >= r.m_first && character <= r.m_last; });
+/// The cells of a terminal that a character fills, as the C library knows them; 1 for those that it does not know.
+std::size_t WidthOf(wchar_t character) {
+  static const locale_t s_utf8 = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+  if (s_utf8 == nullptr) return 1;
+  const locale_t previous = uselocale(s_utf8);
+  const int width = wcwidth(character);
+  uselocale(previous);
+  return width < 0 ? 1 : static_cast<std::size_t>(width);
 }
-
-// The scripts and signs that fill two cells of a terminal, and the marks that fill none, by their blocks.
-constexpr std::array<CharacterRange, 10> kWide{{{0x1100, 0x115F},
-                                                {0x2E80, 0x303E},
-                                                {0x3041, 0xA4CF},
-                                                {0xAC00, 0xD7A3},
-                                                {0xF900, 0xFAFF},
-                                                {0xFE30, 0xFE6F},
-                                                {0xFF00, 0xFF60},
-                                                {0xFFE0, 0xFFE6},
-                                                {0x1F300, 0x1FAFF},
-                                                {0x20000, 0x3FFFD}}};
-constexpr std::array<CharacterRange, 6> kZeroWidth{
-    {{0x0300, 0x036F}, {0x1AB0, 0x1AFF}, {0x200B, 0x200F}, {0x20D0, 0x20FF}, {0xFE00, 0xFE0F}, {0xFE20, 0xFE2F}}};
 
 ShownCharacter Show(std::string_view bytes) {
   if (bytes == "\t") return {bytes, 1};
@@ -74,8 +60,7 @@ ShownCharacter Show(std::string_view bytes) {
   const auto character = static_cast<char32_t>(decoded[0]);
   const bool bIsLatin1Control = character >= 0x80 && character < 0xA0;
   if (IsControl(character) || bIsLatin1Control) return {kReplacement, 1};
-  if (IsIn(kZeroWidth, character)) return {bytes, 0};
-  return {bytes, IsIn(kWide, character) ? std::size_t{2} : std::size_t{1}};
+  return {bytes, WidthOf(decoded[0])};
 }
 
 std::size_t StepBack(std::string_view text, std::size_t offset, std::size_t nCharacters) {
@@ -143,6 +128,13 @@ void CheckIsText(std::string_view text) {
   KXString decoded;
   std::size_t errorOffset = 0;
   if (!KXString::FromUTF8Strict(text, decoded, &errorOffset)) throw SqlError(errorOffset, "this is not UTF-8");
+}
+
+std::string_view WithoutCutCharacter(std::string_view text) {
+  if (text.empty()) return text;
+  const std::size_t last = StepBack(text, text.size(), 1);
+  const bool bIsCut = static_cast<unsigned char>(text[last]) >= 0xC0 && CharacterLength(text, last) == 1;
+  return bIsCut ? text.substr(0, last) : text;
 }
 
 std::string ForMessage(std::string_view text, std::size_t maxCharacters) {

@@ -38,5 +38,8 @@ std::string MessageText(const std::string& where, const SqlError& error, std::st
 /// Raises SqlError at the first byte that cannot be text: a zero byte, or one that begins no UTF-8 character.
 void CheckIsText(std::string_view text);
 
+/// The text without a character of which its end has a part only.
+std::string_view WithoutCutCharacter(std::string_view text);
+
 /// The text on one line for a message: control characters are blanks, and behind maxCharacters characters stands "...".
 std::string ForMessage(std::string_view text, std::size_t maxCharacters);

@@ -32,6 +32,16 @@ void RqGroupBy::SetGroupingSetFilters(OwnedRqExprCondVector& filters) {
   for (Heap<RqExprCond>& filter : filters) m_groupingSetFilters.emplace_back(filter.Release());
 }
 
+int RqGroupBy::GetMySize() const {
+  int size =
+      RqExprColumnList::GetMySize() + static_cast<int>(m_groupingSetVector.size() * sizeof(Int32Vector::value_type));
+  if (m_granularity) size += m_granularity->GetMySize();
+  for (const Heap<RqExprCond>& filter : m_groupingSetFilters) {
+    if (filter) size += filter->GetMySize();
+  }
+  return size;
+}
+
 void RqGroupBy::ToByteVector(ByteVector& bv) {
   RqNode::ToByteVector(bv);
   RqTreeVector::ToByteVector(m_granularity.Get(), bv);

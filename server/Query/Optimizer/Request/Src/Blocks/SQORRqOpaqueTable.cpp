@@ -103,6 +103,17 @@ void RqTransientOpaqueTable::SetColumnTypeInfo(const KXString& columnName, const
   m_ColumnNameToKXTypeInfoMap.emplace(columnName, type);
 }
 
+int RqTransientOpaqueTable::GetMySize() const {
+  std::size_t size = m_transientColumns.size() * sizeof(VoidID) +
+                     m_externalScriptExecutionDataVector.size() * sizeof(ScriptVector::value_type);
+  for (const KXString* const pText :
+       {&m_bypassSQL, &m_targetConnectionId, &m_tableName, &m_hdsCacheSharedKey, &m_delimiter}) {
+    size += pText->size() * sizeof(wchar_t);
+  }
+  for (const auto& [name, type] : m_ColumnNameToKXTypeInfoMap) size += name.size() * sizeof(wchar_t) + sizeof(type);
+  return RqNodeImpl::GetMySize() + static_cast<int>(size);
+}
+
 bool RqTransientOpaqueTable::IsEquivalent(const RqAbstractTable& rhs) const {
   if (GetObjectType() != rhs.GetObjectType()) return false;
   const auto& right = static_cast<const RqTransientOpaqueTable&>(rhs);

@@ -75,6 +75,7 @@ class FactorRows {
 
   /// Calls function(atoms) for each way to choose a factor of every row: base with all those chosen. The first row
   /// varies fastest. A row without factors leaves no way. To be called once.
+  /// A cancellation point at each combination.
   /// Cost: the product of the row lengths. What a combination shares with the one before, the choices of the slow rows,
   ///       is not put together again.
   template <class Function>
@@ -125,6 +126,7 @@ void FactorRows::ForEachCombination(const BitVector& base, Function function) {
       row.m_sum = i + 1 == m_rows.size() ? base : m_rows[i + 1].m_sum;
       row.m_sum |= m_factors[row.m_chosen];
     }
+    KXThreadJobMgr::ServiceJobCancellation();
     function(m_rows.front().m_sum);
     turned = 0;
     for (std::size_t i = 0; i < m_rows.size() && turned == 0; ++i) {

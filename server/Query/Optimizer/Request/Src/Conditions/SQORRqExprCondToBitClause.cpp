@@ -74,5 +74,6 @@ bool RqExprCondToBitClause::Visit(RqExprCondIn& cond) { return SetAtom(cond); }
 bool RqExprCondToBitClause::Visit(RqExprCondMultiColumnIn& cond) { return SetAtom(cond); }
 bool RqExprCondToBitClause::Visit(RqExprEvaluatePredicate& cond) { return SetAtom(cond); }
 
-// The inward negation form has dropped these.
+// The inward negation form drops these. Wanted: not those below a negation that it cancels, as in not (not filter and
+// a), which end the process here.
 bool RqExprCondToBitClause::Visit(RqExprCondOuterJoinFilter&) { KX_LOGIC_ERROR(L""); }

@@ -1,6 +1,5 @@
 #include "Query/Optimizer/Request/Expressions/SQORRqExprSessionVar.h"
 
-#include <functional>
 #include <tuple>
 
 #include "Host/ARpGateway.h"
@@ -8,6 +7,9 @@
 #include "Host/DataBlobUtil.h"
 #include "Host/ErrorMessage.h"
 #include "Host/MetadataUtil.h"
+#include "Host/RpObjects.h"
+#include "Host/ServerInfo.h"
+#include "Query/Optimizer/Request/Expressions/SQORRqExprExternal.h"
 #include "Query/Optimizer/Request/Node/SQORRqNodeUtil.h"
 
 const KXString g_sessionVarSkipReplacement(L"VORT_RPDBASE64");
@@ -46,14 +48,34 @@ OwnedPropertyValue RqExprSessionVar::GetValue(ARpGateway* pRp) const {
   RaiseNoValue(m_sessionVar, pRp);
 }
 
+namespace {
+
+/// The database that the bundle is read from: that of the value asked for, or else that of the lookup itself. An empty
+/// handle when neither is marked for one.
+RefADatabase GetVBLBundleDatabaseFromLookupExpr(const RqExprLookup& lookup, ARpGateway* pRp) {
+  const RqExpr* const pValue = lookup.GetValueExpr();
+  const RefADatabase database = pValue ? pValue->GetRpDatabaseObj(pRp) : RefADatabase();
+  return database ? database : lookup.GetRpDatabaseObj(pRp);
+}
+
+/// Whether bundles can be there.
+bool CheckValidVBLDatabase(const RefADatabase& database) {
+  return database &&
+         (database->GetTargetType() == ServerInfo::kVblData || database->GetTargetType() == ServerInfo::kVblData11g);
+}
+
+}  // namespace
+
 bool RqExprSessionVar::GetVBLBundleSessionVariableIfItExists(Heap<PropertyValue>& value, ARpGateway* pRp) const {
   if (!MetadataUtil::BeginsWithVBLBundlePrefix(m_sessionVar.second)) return false;
   const RqNode* const pLookup = GetParent();
   if (!pLookup || pLookup->GetObjectType() != kRqExprLookup) return false;
+  const auto& lookup = static_cast<const RqExprLookup&>(*pLookup);
+  if (!CheckValidVBLDatabase(GetVBLBundleDatabaseFromLookupExpr(lookup, pRp))) return false;
 
   const KXString nameInBundle = MetadataUtil::GetStringAfterVBLBundlePrefix(m_sessionVar.second);
   return FoundNodes(pLookup, [&](const RqNode& node) {
-    if (&node == this || node.GetObjectType() != kRqExprSessionVar) return false;
+    if (node.GetObjectType() != kRqExprSessionVar) return false;
     const KXStringPair& variable = static_cast<const RqExprSessionVar&>(node).m_sessionVar;
     if (variable.second != nameInBundle || !MetadataUtil::IsSessionVariablePopulated(pRp, variable)) return false;
     value = pRp->GetSessionVariable(variable);

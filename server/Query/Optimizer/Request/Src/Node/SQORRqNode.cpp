@@ -30,6 +30,7 @@ void RqNode::CopyChildren(const RqNode& rhs, bool bNewIDs, bool bDeepCopy) {
   const int numChildren = rhs.GetNumChildren();
   MakeSlots(numChildren);
   if (!bDeepCopy) return;
+  KXThread::LowStackCheck(0);
   for (int i = 0; i < numChildren; ++i) {
     if (const RqNode* const pChild = rhs.GetIthChild(i)) FillSlot(i, pChild->DeepCopy(bNewIDs));
   }
@@ -74,13 +75,13 @@ void RqNode::Replace(RqNode* pReplacement, RqNode& releaseContainer) {
 
 AVisitorRqNode& RqNode::Tour(AVisitorRqNode& visitor) {
   KXThread::LowStackCheck(0);
-  const bool bPostOrder = visitor.IsPostOrderVisitor();
-  if (bPostOrder || !Accept(visitor)) {
+  if (visitor.IsPostOrderVisitor() || !Accept(visitor)) {
     for (int i = 0; i < GetNumChildren(); ++i) {
       if (RqNode* const pChild = GetIthChild(i)) pChild->Tour(visitor);
     }
   }
-  if (bPostOrder) Accept(visitor);
+  // Asked anew: a visitor may change its mind on the way.
+  if (visitor.IsPostOrderVisitor()) Accept(visitor);
   return visitor;
 }
 

@@ -105,6 +105,8 @@ int CompositeNode::FindChildIndex(const CompositeNode* pSearchNode) const {
 }
 
 CompositeNode* CompositeNode::ReleaseFromParent() {
-  if (m_pParent) m_pParent->ReleaseIthChild(m_pParent->FindChildIndex(this));
+  if (!m_pParent) return this;
+  // A node that waits for its turn in Dismantle stands in no slot of what m_pParent points to.
+  if (const int i = m_pParent->FindChildIndex(this); i != kChildNotFound) m_pParent->ReleaseIthChild(i);
   return this;
 }

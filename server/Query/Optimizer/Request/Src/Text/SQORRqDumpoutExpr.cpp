@@ -153,11 +153,14 @@ namespace {
 /// The block under which a repository names the variables of the session.
 const KXString kSessionBlock(L"KX_SESSION");
 
-/// A literal from the pools keeps the marks of an earlier use, which are none of this text's.
-void ForgetEarlierUse(RqExprLiteral& literal) {
+/// Shows the visitor a value as a literal from the pools, without the marks that this one keeps of earlier use.
+void VisitAsLiteral(PropertyValue& value, RqDumpout& dumpout) {
+  ObjPoolGuard<RqExprLiteral> owner;
+  RqExprLiteral& literal = *RqExprLiteral::MakeRqExprLiteral(owner, &value);
   literal.SetDescriptorIDOFValue(false);
   if (literal.IsIntegerLiteral()) static_cast<RqExprIntegerLiteral&>(literal).SetPlaceHolder(false);
   if (literal.IsDateTimeLiteral()) static_cast<RqExprDateTimeLiteral&>(literal).SetPrecision(0);
+  literal.TourExpr(dumpout);
 }
 
 }  // namespace
@@ -192,10 +195,7 @@ void RqDumpout::AppendVariableValue(const ARpVariable& variable, ARpGateway* pRp
     Append(L"NULL");
     return;
   }
-  ObjPoolGuard<RqExprLiteral> owner;
-  RqExprLiteral* const pLiteral = RqExprLiteral::MakeRqExprLiteral(owner, value.Get());
-  ForgetEarlierUse(*pLiteral);
-  pLiteral->TourExpr(*this);
+  VisitAsLiteral(*value, *this);
 }
 
 void RqDumpout::ExtractExpr(Expr& expr, ARpGateway* pRp) {
@@ -283,10 +283,7 @@ bool RqDumpout::Visit(RqExprParam& expr) {
 bool RqDumpout::Visit(RqExprSessionVar& expr) {
   if (m_pRp_ForSessionVars) {
     const OwnedPropertyValue value = expr.GetValue(m_pRp_ForSessionVars);
-    ObjPoolGuard<RqExprLiteral> owner;
-    RqExprLiteral* const pLiteral = RqExprLiteral::MakeRqExprLiteral(owner, value.Get());
-    ForgetEarlierUse(*pLiteral);
-    pLiteral->TourExpr(*this);
+    VisitAsLiteral(*value, *this);
     return true;
   }
   Append(L"VALUEOF(");

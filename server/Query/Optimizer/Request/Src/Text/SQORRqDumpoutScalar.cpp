@@ -495,7 +495,8 @@ bool RqDumpout::Visit(RqExprJsonValue& expr) {
 namespace {
 
 /// "name=value, name=value"
-KXString NamesAndValues(const std::vector<KXStringPair>& pairs) {
+template <class Pairs>
+KXString NamesAndValues(const Pairs& pairs) {
   KXString text;
   for (const auto& [name, value] : pairs) {
     if (!text.empty()) text += L", ";

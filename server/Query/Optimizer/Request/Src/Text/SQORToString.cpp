@@ -26,11 +26,11 @@ KXString JoinedNumbers(const Numbers& numbers) {
   return Joined(numbers, L",", [](auto number) { return BaseStringUtil::StringFrom(number); });
 }
 
-template <class Expr>
-ConstRqExprVector Lent(const std::vector<Heap<Expr>>& exprs) {
+template <class OwnedExprs>
+ConstRqExprVector Lent(const OwnedExprs& exprs) {
   ConstRqExprVector lent;
   lent.reserve(exprs.size());
-  for (const Heap<Expr>& expr : exprs) lent.push_back(expr.Get());
+  for (const auto& expr : exprs) lent.push_back(expr.Get());
   return lent;
 }
 
@@ -69,7 +69,7 @@ KXString ToString(const RqExprVector& exprs, ARpGateway* pRp) {
 
 KXString ToString(const std::vector<Heap<RqExpr>>& exprs, ARpGateway* pRp) { return ToStringOfExprs(Lent(exprs), pRp); }
 
-KXString ToString(const std::vector<Heap<RqExprCond>>& conds, ARpGateway* pRp) {
+KXString ToString(const KXNodeVector<Heap<RqExprCond>>& conds, ARpGateway* pRp) {
   return ToStringOfExprs(Lent(conds), pRp);
 }
 
@@ -79,6 +79,7 @@ KXString ToString(const std::vector<std::pair<RqExpr*, RqExpr*>>& pairs, ARpGate
   });
 }
 
-KXString ToString(const std::list<RqJoinLink*>& links, ARpGateway* pRp, bool bShowConditions) {
+KXString ToString(const std::list<RqJoinLink*, KXNodeStdAlloc<RqJoinLink*>>& links, ARpGateway* pRp,
+                  bool bShowConditions) {
   return Joined(links, L", ", [=](const RqJoinLink* pLink) { return TextOf(*pLink, pRp, bShowConditions); });
 }

@@ -15,7 +15,7 @@ class RqList;
 
 /// Identifiers of logical columns: aggregates of one share base may share one computation.
 using ShareBaseID = VoidIDVector;
-using DimensionIndexVec = std::vector<std::uint32_t>;
+using DimensionIndexVec = KXNodeVector<std::uint32_t>;
 
 /// Has plain and dimension-based aggregates instantiated in different ways. Each result is a new expression of the
 /// caller's.

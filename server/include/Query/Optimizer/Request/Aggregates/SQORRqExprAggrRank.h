@@ -6,7 +6,7 @@
 // Aggregates that give each row a value by its place among the others: ranks, and values that move or run along an
 // order of rows.
 
-using SortDirectonVector = std::vector<RqSortSpec::SortDirection>;
+using SortDirectonVector = KXNodeVector<RqSortSpec::SortDirection>;
 
 /// A kind with one operand more, behind the breaks. Rewritten it stays whole over an inner block that has a column for
 /// that operand too.

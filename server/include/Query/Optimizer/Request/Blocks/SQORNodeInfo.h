@@ -41,7 +41,7 @@ class ColumnInfo {
   bool m_nullsAreEqualFlag = false;
 };
 
-using ColumnInfoVector = std::vector<ColumnInfo>;
+using ColumnInfoVector = KXNodeVector<ColumnInfo>;
 
 /// What the code generator has to know of a join in a nest of joins: its block, its reference, and its two inputs. All
 /// pointers are lent, and a copy is lent the same ones.
@@ -82,4 +82,4 @@ class NodeInfo : public memalloc::MemAllocNewdel {
 };
 
 /// Owns its records.
-using NodeInfoVector = OwnedRqPtrVector<std::vector<NodeInfo*>>;
+using NodeInfoVector = OwnedRqPtrVector<KXNodeVector<NodeInfo*>>;

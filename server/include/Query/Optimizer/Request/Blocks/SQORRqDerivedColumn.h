@@ -55,7 +55,7 @@ class RqDerivedColumn final : public RqNodeImpl<RqDerivedColumn, RqNode, kRqDeri
                                              RqEnumFieldAs<std::uint16_t>(&RqDerivedColumn::m_breakStatus, kLobData)};
 };
 
-using RqDerivedColumnVector = std::vector<RqDerivedColumn*>;
+using RqDerivedColumnVector = KXNodeVector<RqDerivedColumn*>;
 
 /// What GetSourceTableName answers for a reference whose column is gone.
 extern const KXString g_danglingDerivedColumn;

@@ -49,6 +49,8 @@ class RqGroupBy final : public RqExprColumnList {
   using RqExprColumnList::Accept;
   /// A clause to a visitor of nodes, and a column list to one of expressions.
   bool Accept(AVisitorRqNode& visitor) override { return visitor.Visit(*this); }
+  /// With the granularity, the numbers of the grouping sets and their filters.
+  int GetMySize() const override;
   /// The filters and the way of execution are left out.
   void ToByteVector(ByteVector& bv) override;
   const_iterator FromByteVector(const_iterator start) override;

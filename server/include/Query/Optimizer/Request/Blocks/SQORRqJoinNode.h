@@ -9,7 +9,7 @@
 
 class RqTableReference;
 
-using RqJoinLinkPtrList = std::list<RqJoinLink*>;
+using RqJoinLinkPtrList = std::list<RqJoinLink*, KXNodeStdAlloc<RqJoinLink*>>;
 
 /// A vertex of a block's join graph: one table reference, in a slot that may be empty, and the links that touch it, in
 /// the order in which they were attached. The node owns its links together with the nodes at their other ends.

@@ -8,7 +8,7 @@
 
 class ARpGateway;
 
-using SmartRqJoinNodePtrVector = std::vector<SmartRqNodePtr>;
+using SmartRqJoinNodePtrVector = KXNodeVector<SmartRqNodePtr>;
 
 /// FROM: the tables of a block and all joins between them, as a graph. Its children are the nodes, which it owns; the
 /// links between them belong to the nodes that they touch and lead to nodes of this graph only. CompileLinkGraph makes

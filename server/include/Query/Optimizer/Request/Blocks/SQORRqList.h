@@ -91,8 +91,8 @@ class RqList final : public RqNodeImpl<RqList, RqAbstractList, kRqList> {
   /// Whether a rewriting of predicates made it.
   bool IsPredicateRewrite() const { return m_bPredicateRewrite; }
   void SetPredicateRewrite(bool bPredicateRewrite) { m_bPredicateRewrite = bPredicateRewrite; }
-  void GetProbeSqls(std::vector<ProbeQuery>& probeSqls) const { probeSqls = m_ProbeSqls; }
-  void SetProbeSqls(const std::vector<ProbeQuery>& probeSqls) { m_ProbeSqls = probeSqls; }
+  void GetProbeSqls(KXNodeVector<ProbeQuery>& probeSqls) const { probeSqls = m_ProbeSqls; }
+  void SetProbeSqls(const KXNodeVector<ProbeQuery>& probeSqls) { m_ProbeSqls = probeSqls; }
   bool HasProbeSqls() const { return !m_ProbeSqls.empty(); }
   bool IsHdsEvaluateBreakFilter() const { return m_bHdsEvaluateBreakFilter; }
   void SetHdsEvaluateBreakFilter(bool bEvaluate) { m_bHdsEvaluateBreakFilter = bEvaluate; }
@@ -135,7 +135,7 @@ class RqList final : public RqNodeImpl<RqList, RqAbstractList, kRqList> {
   VoidID m_catalogFolderID;
   std::uint32_t m_DynamicSamplingLevel = 0;
   bool m_bPredicateRewrite = false;
-  std::vector<ProbeQuery> m_ProbeSqls;
+  KXNodeVector<ProbeQuery> m_ProbeSqls;
   bool m_bHdsEvaluateBreakFilter = false;
   bool m_bHdsSimulateUserDistinct = false;
   HDSSummaryParameters m_HDSSummaryParameters;

@@ -44,8 +44,9 @@ class RqOpaqueTable : public RqNodeImpl<RqOpaqueTable, RqAtomicTable, kRqOpaqueT
 /// types of its columns, which stand here.
 class RqTransientOpaqueTable : public RqNodeImpl<RqTransientOpaqueTable, RqOpaqueTable, kRqTransientOpaqueTable> {
  public:
-  using ColumnTypeMap = std::map<KXString, KXTypeInfo>;
-  using ScriptVector = std::vector<RefCnt<ExternalScriptExecutionData>>;
+  using ColumnTypeMap =
+      std::map<KXString, KXTypeInfo, std::less<KXString>, KXNodeStdAlloc<std::pair<const KXString, KXTypeInfo>>>;
+  using ScriptVector = KXNodeVector<RefCnt<ExternalScriptExecutionData>>;
 
   RqTransientOpaqueTable() = default;
   /// Marks the node for the target. The repository is that of pRp.
@@ -90,6 +91,8 @@ class RqTransientOpaqueTable : public RqNodeImpl<RqTransientOpaqueTable, RqOpaqu
   void SetRetryForReplica(bool bRetry) { m_bRetryForReplica = bRetry; }
 
   bool IsDataTypeProvidingTransientTable() const override { return true; }
+  /// With the characters of its texts, the columns and their types; the scripts are shared and count as handles.
+  int GetMySize() const override;
   /// Kind, text and connection in any letter case, columns in order, types, and what the scripts do. Wanted: what the
   /// base classes hold takes no part.
   bool IsEquivalent(const RqAbstractTable& rhs) const override;

@@ -9,7 +9,7 @@
 
 class RqList;
 
-using KXTypeInfoVector = std::vector<KXTypeInfo>;
+using KXTypeInfoVector = KXNodeVector<KXTypeInfo>;
 
 /// A column that rows are sorted by, known by its number in the select list.
 class RqSortSpec final : public RqNodeImpl<RqSortSpec, RqNode, kRqSortSpec> {

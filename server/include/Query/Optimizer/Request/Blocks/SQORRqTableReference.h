@@ -25,7 +25,7 @@ enum HashTableHint : std::uint16_t { kHash_LeftTable, kHash_RightTable, kHash_Un
 
 /// Indexes of columns in a schema of rows.
 using SchemaCountVector = Int32Vector;
-using RqExprParamVector = std::vector<RqExprParam*>;
+using RqExprParamVector = KXNodeVector<RqExprParam*>;
 
 /// A table of a FROM clause, alone or joined with a second one. A nest of references is a tree of joins, whose leaves
 /// are identified tables. A right outer join is turned into a left one when the reference is made.

@@ -12,10 +12,17 @@ class RqExprSessionVar;
 
 // What one condition says about another. Nothing here changes the trees it is given, and nothing it gives owns any of
 // them. Answers are incomplete: a no means that nothing could be shown. A yes holds in every row, with these
-// exceptions, which are wanted: a value compared with itself, and a condition or its negation, count as true where a
-// null makes them unknown; constant texts that differ in blanks at the end count as the same; a test that only the
-// database knows counts as the same as its negation; the rows of a negated In are taken for those of a plain one; and
-// where a session variable is read the answer holds for its value in this session.
+// exceptions, which are wanted:
+// - A value compared with itself, and a condition or its negation, count as true where a null makes them unknown.
+// - The conversion folds constants by their form (SQORToCNF.h), so $1 = $2 or a = 1 implies a = 1.
+// - Constant texts that differ in blanks at the end count as the same.
+// - A test that only the database knows counts as the same as its negation.
+// - The rows of a negated In are taken for those of a plain one.
+// - Columns of different blocks count as one value if they are computed by one expression, and disjuncts as one if
+//   they differ in nothing but the share base of aggregates.
+// - A block around another one counts as that one, whatever columns of it it selects, and under a limit on its rows.
+// - Where a session variable is read the answer holds for its value in this session.
+// Comparing two trees takes a level of the stack for each of theirs, without a check.
 
 // ---------------------------------------------------------------------------------------------------------------------
 // Implication

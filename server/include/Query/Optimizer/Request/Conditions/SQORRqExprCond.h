@@ -21,6 +21,7 @@ class RqExprCond : public RqExpr {
   RqExprCond() = default;
   RqExprCond(const RqExprCond& rhs, bool bNewIDs, bool bDeepCopy) : RqExpr(rhs, bNewIDs, bDeepCopy) {}
 
+  RqNodeType_e GetObjectType() const override { return kRqExprCond; }
   virtual bool IsOrCond() const { return false; }
   virtual bool IsAndCond() const { return false; }
   virtual bool IsNotConnective() const { return false; }
@@ -40,7 +41,7 @@ class RqExprCond : public RqExpr {
 };
 
 using OwnedRqExprCondPtr = Heap<RqExprCond>;
-using OwnedRqExprCondVector = std::vector<OwnedRqExprCondPtr>;
+using OwnedRqExprCondVector = KXNodeVector<OwnedRqExprCondPtr>;
 using RqExprCondVector = std::vector<RqExprCond*>;
 using RqExprCondSet = std::set<RqExprCond*, LessEquivalentRqExpr>;
 
@@ -62,6 +63,7 @@ class RqExprCondEqualityOperator : public RqExprCond {
   RqExprCondEqualityOperator(const RqExprCondEqualityOperator& rhs, bool bNewIDs, bool bDeepCopy)
       : RqExprCond(rhs, bNewIDs, bDeepCopy) {}
 
+  RqNodeType_e GetObjectType() const override { return kRqExprCondEqualityOperator; }
   /// Whether an operand is a session variable with many values that is used as a whole. The first operand that is a
   /// session variable, left before right, decides, and both results lend what they name: sessionVar that operand,
   /// otherOperand the other one. They are left alone when neither operand is one. The value is read through pRp, and
@@ -159,6 +161,7 @@ class RqExprCondConnective : public RqExprCond {
   RqExprCondConnective(const RqExprCondConnective& rhs, bool bNewIDs, bool bDeepCopy)
       : RqExprCond(rhs, bNewIDs, bDeepCopy) {}
 
+  RqNodeType_e GetObjectType() const override { return kRqExprCondConnective; }
   bool IsCanonicalAtomicPredicate() const override { return false; }
 };
 

@@ -18,6 +18,12 @@ class BitClauseConjunction;
 // becomes a = 1. Wanted too: a disjunction loses a conjunction of nothing but parts that are always true. A caller to
 // whom every row matters looks for such parts first.
 //
+// The limits hold down what is estimated, and no more: a negated In counts as one clause and becomes one a value, so an
+// Or of long negated lists is multiplied out in time that grows with the fourth power of their lengths; and few atoms
+// let any estimate through. A job that may meet such conditions is to be one that can be cancelled.
+//
+// An outer join filter below two negations ends the process, as in not (not filter and a).
+//
 // Order of a result: single atoms first, as they first occur in the condition; then the clauses of several atoms, as
 // distribution brings them forth.
 

@@ -147,11 +147,11 @@ class RqExprPredict final : public RqScalarWithFields<RqExprPredict, kRqExprPred
   const KXString& GetColumnType() const { return m_ColumnType; }
   void SetColumnType(const KXString& columnType) { m_ColumnType = columnType; }
   /// The names of the inputs, and the columns that they are bound to.
-  const std::vector<KXStringPair>& GetDataBindings() const { return m_DataBindings; }
-  void SetDataBindings(const std::vector<KXStringPair>& dataBindings) { m_DataBindings = dataBindings; }
+  const KXNodeVector<KXStringPair>& GetDataBindings() const { return m_DataBindings; }
+  void SetDataBindings(const KXNodeVector<KXStringPair>& dataBindings) { m_DataBindings = dataBindings; }
   /// Names and values.
-  const std::vector<KXStringPair>& GetOptions() const { return m_Options; }
-  void SetOptions(const std::vector<KXStringPair>& options) { m_Options = options; }
+  const KXNodeVector<KXStringPair>& GetOptions() const { return m_Options; }
+  void SetOptions(const KXNodeVector<KXStringPair>& options) { m_Options = options; }
   bool IsEvaluateScript() const { return m_bIsEvaluateScript; }
 
  private:
@@ -160,8 +160,8 @@ class RqExprPredict final : public RqScalarWithFields<RqExprPredict, kRqExprPred
   KXString m_ScriptName;
   KXString m_ModelName;
   KXString m_ColumnType;
-  std::vector<KXStringPair> m_DataBindings;
-  std::vector<KXStringPair> m_Options;
+  KXNodeVector<KXStringPair> m_DataBindings;
+  KXNodeVector<KXStringPair> m_Options;
   bool m_bIsEvaluateScript = false;
 
   static constexpr std::tuple kComparedFields{&RqExprPredict::m_DatasourceID,     &RqExprPredict::m_ScriptName,
@@ -195,7 +195,7 @@ struct RqExternalColumn {
   bool m_bIsPrimaryKeyColumn = false;
   bool m_bIsLookupJoinColumn = false;
   bool m_bIsPresentWithIncomingQuery = false;
-  std::vector<ExternalJoiningIndex> m_ExternalJoiningIndexVector;
+  KXNodeVector<ExternalJoiningIndex> m_ExternalJoiningIndexVector;
 
   friend auto operator<=>(const RqExternalColumn&, const RqExternalColumn&) = default;
 };
@@ -233,7 +233,7 @@ class RqExprExternalData final
 
   const RqExternalColumn& GetExternalColumn() const { return *this; }
   void SetExternalColumn(const RqExternalColumn& column) { static_cast<RqExternalColumn&>(*this) = column; }
-  const std::vector<ExternalJoiningIndex>& GetExternalJoiningIndexVector() const {
+  const KXNodeVector<ExternalJoiningIndex>& GetExternalJoiningIndexVector() const {
     return m_ExternalJoiningIndexVector;
   }
   void AddExternalJoiningIndex(const ExternalJoiningIndex& index) { m_ExternalJoiningIndexVector.push_back(index); }

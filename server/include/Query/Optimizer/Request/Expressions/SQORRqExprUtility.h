@@ -72,7 +72,7 @@ class ConjunctUtility {
   /// below it is turned round. Wanted: the Not goes even where there is no comparison to turn round, and the conjunct
   /// then means something else; rank tests are comparisons. Nodes that are replaced go to releaseContainer.
   static void UnNegateTopNBottomNConjunct(Heap<RqExprCond>& conjunct, RqHandleNode& releaseContainer);
-  static void UnNegateTopNBottomNConjuncts(std::vector<Heap<RqExprCond>>& conjuncts, RqHandleNode& releaseContainer);
+  static void UnNegateTopNBottomNConjuncts(KXNodeVector<Heap<RqExprCond>>& conjuncts, RqHandleNode& releaseContainer);
 };
 
 class RqExprUtility {

@@ -67,10 +67,10 @@ class RqFieldBytes {
       DataBlobUtil::ToByteVector(bv, value);
     }
   }
-  template <class Element>
-  requires(!requires(ByteVector bv, std::vector<Element> elements) {
+  template <class Element, class Allocator>
+  requires(!requires(ByteVector bv, std::vector<Element, Allocator> elements) {
     DataBlobUtil::ToByteVector(bv, elements);
-  }) static void WriteValue(ByteVector& bv, const std::vector<Element>& elements) {
+  }) static void WriteValue(ByteVector& bv, const std::vector<Element, Allocator>& elements) {
     DataBlobUtil::ToByteVector(bv, static_cast<std::int32_t>(elements.size()));
     for (const Element& element : elements) WriteValue(bv, element);
   }
@@ -82,10 +82,10 @@ class RqFieldBytes {
       return DataBlobUtil::FromByteVector(start, value);
     }
   }
-  template <class Element>
-  requires(!requires(const_iterator start, std::vector<Element> elements) {
+  template <class Element, class Allocator>
+  requires(!requires(const_iterator start, std::vector<Element, Allocator> elements) {
     DataBlobUtil::FromByteVector(start, elements);
-  }) static const_iterator ReadValue(const_iterator start, std::vector<Element>& elements) {
+  }) static const_iterator ReadValue(const_iterator start, std::vector<Element, Allocator>& elements) {
     std::int32_t count = 0;
     start = DataBlobUtil::FromByteVector(start, count);
     elements.clear();

@@ -30,10 +30,11 @@ class RqNode : public CompositeNode {
 
   /// Puts pReplacement where this node stands. This node lives on as the last child of releaseContainer. A root goes to
   /// releaseContainer too, and pReplacement is then attached to nothing and stays the caller's. A derived column whose
-  /// expression becomes a reference to a column of an inner block hands its break status down to that column.
+  /// expression becomes a reference to a column of an inner block, which must be aimed, hands its break status down to
+  /// that column.
   virtual void Replace(RqNode* pReplacement, RqNode& releaseContainer);
   /// A copy of the subtree, owned by the caller. References to nodes outside child slots stay aimed where the source's
-  /// are.
+  /// are. Raises ErrorMessage when the stack runs low.
   virtual RqNode* DeepCopy(bool bNewIDs) const = 0;
   /// Takes the visitor through the subtree, in pre-order unless the visitor says otherwise. The count of children is
   /// read afresh for each, so a visitor may remove the last ones. Raises ErrorMessage when the stack runs low.
@@ -76,7 +77,8 @@ class RqNode : public CompositeNode {
   /// Appends this node and, in pre-order, every descendant.
   void GetObjects(std::list<RqNode*>& nodePtrs) const;
   /// DeepCopy for a subtree that must be self-contained: references to derived columns inside it, among them those in
-  /// the granularity of a grouping, are aimed at the columns' copies. Those to columns outside stay as they are.
+  /// the granularity of a grouping, are aimed at the columns' copies. Those to columns outside stay as they are. All
+  /// must be aimed at a column: one whose column is gone, or that was read and not attached yet, is a logic error.
   RqNode* NestedDeepCopy(bool bNewIDs) const;
 
   /// Called on a copy of rhs: maps each node of rhs to its counterpart here. A key that stands keeps its value.

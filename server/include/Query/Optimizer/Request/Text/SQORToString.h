@@ -26,9 +26,10 @@ KXString ToString(const std::vector<unsigned int>& numbers, ARpGateway* pRp);
 KXString ToString(const ConstRqExprVector& exprs, ARpGateway* pRp);
 KXString ToString(const RqExprVector& exprs, ARpGateway* pRp);
 KXString ToString(const std::vector<Heap<RqExpr>>& exprs, ARpGateway* pRp);
-KXString ToString(const std::vector<Heap<RqExprCond>>& conds, ARpGateway* pRp);
+KXString ToString(const KXNodeVector<Heap<RqExprCond>>& conds, ARpGateway* pRp);
 /// "[second as first, ...]"
 KXString ToString(const std::vector<std::pair<RqExpr*, RqExpr*>>& pairs, ARpGateway* pRp);
 
 /// "[(InNode:<<1>>) (OutNode:<<2>>) , ...]", with condition and " attached" or " not_attached" behind each if asked.
-KXString ToString(const std::list<RqJoinLink*>& links, ARpGateway* pRp, bool bShowConditions);
+KXString ToString(const std::list<RqJoinLink*, KXNodeStdAlloc<RqJoinLink*>>& links, ARpGateway* pRp,
+                  bool bShowConditions);
