@@ -73,7 +73,11 @@ TEST(TreeVector, EveryKindThatTravelsComesBack) {
     SCOPED_TRACE(TextOf(*tree));
     std::list<RqNode*> nodes;
     tree->GetObjects(nodes);
-    for (const RqNode* const pNode : nodes) sampled.insert(pNode->GetObjectType());
+    for (const RqNode* const pNode : nodes) {
+      sampled.insert(pNode->GetObjectType());
+      EXPECT_EQ(pNode->GetKind(), pNode->GetObjectType()) << GetRqNodeTypeName(pNode->GetObjectType());
+      EXPECT_FALSE(pNode->IsOrderedByKind() && pNode->IsAggr()) << "the share base is a field";
+    }
     if (tree->IsExpr()) {
       const auto& expr = static_cast<const RqExpr&>(*tree);
       const Heap<RqExpr> shallow(expr.ShallowCopy());

@@ -44,6 +44,7 @@ TEST(DataBlobUtil, FormsAreFixed) {
   void* pRead = nullptr;
   DataBlobUtil::FromByteVector(FormOf(static_cast<const void*>(&object)).data(), pRead);
   EXPECT_EQ(pRead, &object);
+  EXPECT_EQ(FormOf(static_cast<void*>(&object)), FormOf(static_cast<const void*>(&object))) << "no bool";
   KXString text;
   DataBlobUtil::FromByteVector(FormOf(KXNString("caf\xc3\xa9")).data(), text, false);  // by the code page
   EXPECT_EQ(text, L"caf\u00e9");

@@ -126,6 +126,8 @@ TEST(Expr, ObjectsAndTextAreThoseOfTheAttribute) {
   }
   EXPECT_EQ(ToPrettyStringVisitor::StringFrom(total.GetExpr(), &gateway), L"tax + cost");
   EXPECT_EQ(ToPrettyStringVisitor::StringFrom(Expr(), &gateway), L"");
+  const auto& self = gateway.MakeObject<MemoryAttribute>(4u, L"self").SetExpr({VoidID(cost.GetInterfaceTypeID(), 4u)});
+  EXPECT_THROW(VoidIDCollector(true).Collect(&gateway, self.GetExpr()), ErrorMessage) << "it is in itself";
 }
 
 TEST(MemoryGatewayDeathTest, BrokenPromises) {

@@ -1,11 +1,11 @@
 // normal_form_truth ARGS: where ARGS are a command line of `rq normalize`, holds the normal form of each condition
 // against the condition by a truth table over its atoms. Prints how many agree; the first row where one does not goes
-// to standard error, and the exit status is 1. Conditions that were given up do not count, and those of the
-// standard input or of a file are not read.
+// to standard error, and the exit status is 1. A form that was given up does not count, and conditions of the standard
+// input or of a file are not read.
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <iostream>
 #include <map>
 #include <optional>
@@ -14,10 +14,10 @@
 #include <vector>
 
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
-#include "Query/Optimizer/Request/Conditions/SQORToCNF.h"
 #include "Query/Optimizer/Request/Text/SQORRqDumpout.h"
 #include "rq/BigStack.h"
-#include "rq/RowIns.h"
+#include "rq/CommandNormalize.h"
+#include "rq/NormalForm.h"
 #include "rq/sql/ConditionBuilder.h"
 #include "rq/sql/SqlText.h"
 
@@ -44,6 +44,8 @@ struct Formula {
     formula.m_parts.push_back(std::move(part));
     return formula;
   }
+
+  bool HasNot() const { return m_kind == kNot || std::ranges::any_of(m_parts, &Formula::HasNot); }
 
   Truths Evaluate(const std::vector<Truths>& atoms) const {
     if (m_kind == kAtom) return atoms[m_atom];
@@ -155,10 +157,13 @@ class Atoms {
   std::vector<bool> m_bIsNullTest;
 };
 
+constexpr std::size_t kMaxAtoms = 12;
+
 /// The first row in which two formulas differ: the atoms that are true and those that are unknown there. All rows over
-/// the three truth values are tried, and from kMaxAtoms on those of true and false.
+/// the three truth values are tried. From kMaxAtoms on those of true and false are, which tell all of formulas without
+/// a Not: one is true where it is when the unknown are taken for false, and false where it is when they are taken for
+/// true.
 std::optional<std::string> FindDifference(const Formula& a, const Formula& b, const Atoms& atoms) {
-  constexpr std::size_t kMaxAtoms = 12;
   constexpr unsigned kRowsInWord = 64;
   const unsigned nValues = atoms.GetCount() < kMaxAtoms ? 3 : 2;
   std::uint64_t nRows = 1;
@@ -189,98 +194,54 @@ std::optional<std::string> FindDifference(const Formula& a, const Formula& b, co
   return std::nullopt;
 }
 
-struct Arguments {
-  std::vector<std::string> m_conditions;
-  std::string m_form = "cnf";
-  int m_limit = -1;
-  bool m_bKeepIn = false;
-  bool m_bForce = false;
-};
-
-Arguments ReadArguments(const std::vector<std::string>& texts) {
-  Arguments arguments;
-  std::vector<std::string> options;
-  bool bOptions = true;
-  for (const std::string& text : texts) {
-    const std::string option = options.empty() ? "" : options.back();
-    if (option == "--form" || option == "--format" || option == "--limit" || option == "--file") {
-      options.back() += '=' + text;
-    } else if (bOptions && text == "--") {
-      bOptions = false;
-    } else if (bOptions && text.starts_with("--") && text.find(' ') == std::string::npos) {
-      options.push_back(text);
-    } else if (text != "-") {
-      arguments.m_conditions.push_back(text);
-    }
-  }
-  for (const std::string& option : options) {
-    if (option.starts_with("--form=")) arguments.m_form = option.substr(option.find('=') + 1);
-    if (option.starts_with("--limit=")) arguments.m_limit = std::atoi(option.c_str() + option.find('=') + 1);
-    arguments.m_bKeepIn |= option == "--keep-in";
-    arguments.m_bForce |= option == "--force";
-  }
-  return arguments;
-}
-
-/// The clauses of the normal form, joined, where no clause makes no demand; none where the conversion was given up.
-std::optional<Formula> NormalFormOf(const RqExprCond& cond, const Arguments& arguments, Atoms& atoms) {
+/// The clauses, joined, where no clause makes no demand.
+Formula FormulaOf(const NormalForm& form, NormalizeOptions::Form kind, Atoms& atoms) {
   Formula formula;
-  OwnedRqExprCondVector clauses;
-  if (arguments.m_form == "cnf") {
-    ToCNF toCNF;
-    toCNF.GenerateCNF(cond, arguments.m_bForce, !arguments.m_bKeepIn, arguments.m_limit);
-    if (!toCNF.GetConversionSuccess()) return std::nullopt;
-    std::vector<const RqExprCond*> conjuncts;
-    toCNF.GetConjuncts(conjuncts);
-    for (const RqExprCond* const pConjunct : conjuncts) formula.m_parts.push_back(atoms.FormulaOf(*pConjunct));
-    return formula;
-  }
-  if (arguments.m_form == "dnf") {
-    if (!arguments.m_bForce && ToDNFDisjuncts::IsCondTooComplicatedToConvert(cond, arguments.m_limit)) {
-      return std::nullopt;
-    }
-    ToDNFDisjuncts toDisjuncts;
-    toDisjuncts.GenerateOwnedDNFDisjuncts(cond, !arguments.m_bKeepIn);
-    toDisjuncts.ReleaseDisjuncts(clauses);
-    if (!clauses.empty()) formula.m_kind = Formula::kOr;
-  } else {
-    ToCNFConjuncts toConjuncts;
-    toConjuncts.GenerateOwnedCNFConjuncts(cond, !arguments.m_bKeepIn);
-    toConjuncts.ReleaseConjuncts(clauses);
-  }
-  for (const OwnedRqExprCondPtr& clause : clauses) formula.m_parts.push_back(atoms.FormulaOf(*clause));
+  if (kind == NormalizeOptions::Form::kDnf && !form.m_clauses.empty()) formula.m_kind = Formula::kOr;
+  for (const RqExprCond* const pClause : form.m_clauses) formula.m_parts.push_back(atoms.FormulaOf(*pClause));
   return formula;
 }
 
-enum class Verdict { kAgrees, kDiffers, kGivenUp };
+enum class Verdict { kAgrees, kFails, kGivenUp };
 
 /// Raises SqlError for what is no condition.
-Verdict Compare(const std::string& sql, const Arguments& arguments) {
+Verdict Compare(const std::string& sql, const NormalizeOptions& options) {
   const OwnedRqExprCondPtr cond = ParseCondition(sql);
   Atoms atoms;
   const Formula formula = atoms.FormulaOf(*cond);
-  ExpandRowInsToNegate(*cond);
-  const std::optional<Formula> normalForm = NormalFormOf(*cond, arguments, atoms);
-  if (!normalForm) return Verdict::kGivenUp;
-  const std::optional<std::string> difference = FindDifference(formula, *normalForm, atoms);
+  const NormalForm form = ConvertToNormalForm(*cond, options);
+  // The conjuncts by themselves stand for the condition in any case.
+  if (!form.m_bSuccess && options.m_form != NormalizeOptions::Form::kCnfConjuncts) return Verdict::kGivenUp;
+  const Formula normalForm = FormulaOf(form, options.m_form, atoms);
+  if (atoms.GetCount() >= kMaxAtoms && (formula.HasNot() || normalForm.HasNot())) {
+    std::cerr << "a negation, and too many atoms to try unknown ones: " << sql << '\n';
+    return Verdict::kFails;
+  }
+  const std::optional<std::string> difference = FindDifference(formula, normalForm, atoms);
   if (!difference) return Verdict::kAgrees;
-  std::cerr << "differs from its " << arguments.m_form << ": " << sql << "\n  where" << *difference << '\n';
-  return Verdict::kDiffers;
+  std::cerr << "differs from its normal form: " << sql << "\n  where" << *difference << '\n';
+  return Verdict::kFails;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const Arguments arguments = ReadArguments({argv + (argc > 1 ? 2 : 1), argv + argc});
+  CommandNormalize command;
+  CLI::App app;
+  command.Define(app);
+  app.set_help_flag();
+  CLI::Option* const pConditions = app.get_option("CONDITION")->allow_extra_args();
+  if (argc > 1) CLI11_PARSE(app, argc - 1, argv + 1);  // argv[1] is the command's name
   int nAgree = 0;
-  int nDiffer = 0;
+  int nFail = 0;
   RunOnBigStack([&] {
-    for (const std::string& condition : arguments.m_conditions) {
-      const Verdict verdict = Compare(condition, arguments);
+    for (const std::string& condition : pConditions->results()) {
+      if (condition == "-") continue;
+      const Verdict verdict = Compare(condition, command.GetOptions());
       nAgree += verdict == Verdict::kAgrees;
-      nDiffer += verdict == Verdict::kDiffers;
+      nFail += verdict == Verdict::kFails;
     }
   });
   std::cout << nAgree << '\n';
-  return nDiffer == 0 ? 0 : 1;
+  return nFail == 0 ? 0 : 1;
 }

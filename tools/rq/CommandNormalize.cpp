@@ -79,12 +79,12 @@ void CommandNormalize::Define(CLI::App& app) {
       ->check(CLI::IsMember({"text", "json"}))
       ->type_name("FORMAT")
       ->capture_default_str();
-  app.add_flag("--keep-in", m_options.m_bKeepIn, "Leave an IN over a list as one atom");
-  app.add_flag("--force", m_options.m_bForce,
+  app.add_flag("--keep-in", m_bKeepIn, "Leave an IN over a list as one atom");
+  app.add_flag("--force", m_bForce,
                "cnf: multiply out a disjunction at the top of more\n"
                "than 8 terms, within --limit; dnf: convert whatever\n"
                "is estimated");
-  app.add_option("--limit", m_options.m_limit,
+  app.add_option("--limit", m_limit,
                  "Estimated clauses above which dnf is given up, and\n"
                  "cnf if there are too many atoms as well; 0: no\n"
                  "limit, -1: the environment's")
@@ -95,15 +95,18 @@ void CommandNormalize::Define(CLI::App& app) {
 }
 
 int CommandNormalize::Run(CommandStreams& streams) {
-  ReadOptions(streams);
+  const NormalizeOptions normalize = GetOptions();
+  if (normalize.m_form == NormalizeOptions::Form::kCnfConjuncts && (m_bForce || m_limit >= 0)) {
+    streams.m_err << "rq: note: --force and --limit have no effect on cnf-conjuncts\n";
+  }
   const bool bIsDash = GetTexts().size() == 1 && GetTexts()[0] == kStandardInput;
   const bool bHasArguments = !GetTexts().empty() && !bIsDash;
   if (!GetTexts().empty() && m_file) throw UsageError("conditions and --file do not go together");
-  if (bHasArguments) return RunArguments(streams);
+  if (bHasArguments) return RunArguments(normalize, streams);
   const ConditionStreamOptions options{
       m_file && *m_file != kStandardInput ? *m_file : "standard input",
-      m_options.m_format == NormalizeOptions::Format::kJson,
-      [this](const std::string& line) { return NormalFormText(*ParseCondition(line), m_options); }};
+      normalize.m_format == NormalizeOptions::Format::kJson,
+      [&normalize](const std::string& line) { return NormalFormText(*ParseCondition(line), normalize); }};
   if (m_file && *m_file != kStandardInput) {
     return RunConditionFile(*m_file, options, streams) ? kExitSuccess : kExitError;
   }
@@ -113,16 +116,19 @@ int CommandNormalize::Run(CommandStreams& streams) {
   return RunConditionStream(streams.m_in, options, streams) ? kExitSuccess : kExitError;
 }
 
-void CommandNormalize::ReadOptions(CommandStreams& streams) {
+NormalizeOptions CommandNormalize::GetOptions() const {
   using Form = NormalizeOptions::Form;
-  m_options.m_form = m_form == "cnf" ? Form::kCnf : m_form == "dnf" ? Form::kDnf : Form::kCnfConjuncts;
-  m_options.m_format = m_format == "json" ? NormalizeOptions::Format::kJson : NormalizeOptions::Format::kText;
-  if (m_options.m_form == Form::kCnfConjuncts && (m_options.m_bForce || m_options.m_limit >= 0)) {
-    streams.m_err << "rq: note: --force and --limit have no effect on cnf-conjuncts\n";
-  }
+  using Format = NormalizeOptions::Format;
+  return {.m_form = m_form == "cnf"   ? Form::kCnf
+                    : m_form == "dnf" ? Form::kDnf
+                                      : Form::kCnfConjuncts,
+          .m_format = m_format == "json" ? Format::kJson : Format::kText,
+          .m_bKeepIn = m_bKeepIn,
+          .m_bForce = m_bForce,
+          .m_limit = m_limit};
 }
 
-int CommandNormalize::RunArguments(CommandStreams& streams) const {
+int CommandNormalize::RunArguments(const NormalizeOptions& options, CommandStreams& streams) const {
   OwnedRqExprCondVector conditions;
   bool bAllGood = true;
   for (std::size_t i = 0; i < GetTexts().size(); ++i) {
@@ -137,11 +143,11 @@ int CommandNormalize::RunArguments(CommandStreams& streams) const {
   }
   if (!bAllGood) return kExitError;
 
-  const char* const pSeparator = m_options.m_format == NormalizeOptions::Format::kText ? "\n" : "";
+  const char* const pSeparator = options.m_format == NormalizeOptions::Format::kText ? "\n" : "";
   std::string output;
   for (const OwnedRqExprCondPtr& condition : conditions) {
     if (!output.empty()) output += pSeparator;
-    output += NormalFormText(*condition, m_options);
+    output += NormalFormText(*condition, options);
   }
   BlockWriter writer(streams.m_out);
   writer.Append(output);

@@ -21,12 +21,16 @@ class CommandNormalize final : public Command {
   void Define(CLI::App& app) override;
   int Run(CommandStreams& streams) override;
 
+  /// What the options that were parsed say.
+  NormalizeOptions GetOptions() const;
+
  private:
-  void ReadOptions(CommandStreams& streams);
-  int RunArguments(CommandStreams& streams) const;
+  int RunArguments(const NormalizeOptions& options, CommandStreams& streams) const;
 
   std::string m_form = "cnf";
   std::string m_format = "text";
   std::optional<std::string> m_file;
-  NormalizeOptions m_options;
+  bool m_bKeepIn = false;
+  bool m_bForce = false;
+  int m_limit = -1;
 };

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "Query/Optimizer/Request/Conditions/SQORRqExprCond.h"
+#include "Query/Optimizer/Request/Conditions/SQORToCNF.h"
 
 /// How conditions are normalized and shown.
 struct NormalizeOptions {
@@ -20,10 +22,20 @@ struct NormalizeOptions {
   int m_limit = -1;        ///< Of the estimated clauses; negative: the environment's, 0: none.
 };
 
-/// The normal form of a condition as text that ends with a line feed: an object of JSON on one line, or lines to read.
-///
-/// The condition is taken to pieces where that is needed: an IN over rows below a negated AND or OR is expanded,
-/// because the library has no negation of it. Raises ErrorMessage when the stack runs low.
+/// What became of a condition.
+struct NormalForm {
+  bool m_bTooComplicated = false;            ///< kDnf: above the limit, and so not tried.
+  bool m_bSuccess = true;                    ///< Not given up.
+  std::vector<const RqExprCond*> m_clauses;  ///< Lent. They live as long as this and the condition do.
+  ToCNF m_cnf;                               ///< kCnf: has the form as one condition.
+  OwnedRqExprCondVector m_ownedClauses;      ///< The others: the clauses.
+};
+
+/// Converts a condition, which is taken to pieces where that is needed: an IN over rows below a negated AND or OR is
+/// expanded, because the library has no negation of it. Raises ErrorMessage when the stack runs low.
+NormalForm ConvertToNormalForm(RqExprCond& condition, const NormalizeOptions& options);
+
+/// ConvertToNormalForm as text that ends with a line feed: an object of JSON on one line, or lines to read.
 std::string NormalFormText(RqExprCond& condition, const NormalizeOptions& options);
 
 /// The object of JSON for a condition that has an error, as a line.

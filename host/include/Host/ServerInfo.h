@@ -19,6 +19,9 @@ class ServerInfo {
   /// that is no kind.
   static bool IsRemoteTargetType(TargetType type);
 
+  /// Whether tables of this kind of target may be bundles, which are joined by the names of their columns.
+  static bool IsBundleTargetType(TargetType type) { return type == kVblData || type == kVblData11g; }
+
   /// The name under which request properties name the kind: "SQLITE". A number that is no kind has the name of
   /// kUnknown.
   static KXString GetTargetNameFromEnum(TargetType type);

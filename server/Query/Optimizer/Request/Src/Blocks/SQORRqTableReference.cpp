@@ -40,10 +40,6 @@ bool EquivalentOrMissing(const RqAbstractTable* pLhs, const RqAbstractTable* pRh
   return pLhs->IsEquivalent(*pRhs);
 }
 
-bool IsNaturalJoinTarget(ServerInfo::TargetType type) {
-  return type == ServerInfo::kVblData || type == ServerInfo::kVblData11g;
-}
-
 }  // namespace
 
 // ---------------------------------------------------------------------------------------------------------------------
@@ -130,8 +126,9 @@ bool RqTableReference::IsReallyNaturalJoin() const {
   if (FoundNodes(this, IsObjectType(kRqDerivedTable))) return false;
   std::list<RqAtomicTable*> tables;
   GetAllDescendentAtomicTables(const_cast<RqTableReference*>(this), tables);
-  return std::any_of(tables.begin(), tables.end(),
-                     [](const RqAtomicTable* pTable) { return IsNaturalJoinTarget(pTable->GetTargetType()); });
+  return std::any_of(tables.begin(), tables.end(), [](const RqAtomicTable* pTable) {
+    return ServerInfo::IsBundleTargetType(pTable->GetTargetType());
+  });
 }
 
 bool RqTableReference::IsLeafTable() const { return ServerInfo::IsRemoteTargetType(GetTargetType()); }

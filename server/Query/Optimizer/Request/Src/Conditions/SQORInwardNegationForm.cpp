@@ -219,7 +219,7 @@ template class NegationRewriter<NegateCondExpr>;
 std::uint32_t InwardNegationForm::CheckComplexityScore(const RqExprCond* cond, bool bNegated, std::uint32_t& limit) {
   KXThread::LowStackCheck(0);
   if (!cond) return 1;
-  const RqNodeType_e type = cond->GetObjectType();
+  const RqNodeType_e type = cond->GetKind();
   switch (type) {
     case kRqExprCondAnd:
     case kRqExprCondOr: {

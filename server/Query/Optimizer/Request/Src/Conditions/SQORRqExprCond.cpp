@@ -88,8 +88,8 @@ bool RqExprCondEquality::IsAlwaysTrue() const {
 bool RqExprCondEquality::IsAlwaysFalse() const {
   const RqExpr& left = *GetIthOperand(kLeftOperand);
   const RqExpr& right = *GetIthOperand(kRightOperand);
-  const RqNodeType_e type = left.GetObjectType();
-  return type == right.GetObjectType() && type != kRqExprSessionVar && left.IsConstant() && right.IsConstant() &&
+  const RqNodeType_e type = left.GetKind();
+  return type == right.GetKind() && type != kRqExprSessionVar && left.IsConstant() && right.IsConstant() &&
          !AreSameValue(left, right);
 }
 
@@ -119,7 +119,7 @@ namespace {
 /// cond as a node of the connective, or null.
 template <class Traits>
 typename Traits::Connective* AsConnective(RqExpr* pExpr) {
-  return pExpr && pExpr->GetObjectType() == Traits::kKind ? static_cast<typename Traits::Connective*>(pExpr) : nullptr;
+  return pExpr && pExpr->GetKind() == Traits::kKind ? static_cast<typename Traits::Connective*>(pExpr) : nullptr;
 }
 
 /// The height of the spine that begins at an operand; 0 for a leaf.

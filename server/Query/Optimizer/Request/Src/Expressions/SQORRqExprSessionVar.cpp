@@ -60,8 +60,7 @@ RefADatabase GetVBLBundleDatabaseFromLookupExpr(const RqExprLookup& lookup, ARpG
 
 /// Whether bundles can be there.
 bool CheckValidVBLDatabase(const RefADatabase& database) {
-  return database &&
-         (database->GetTargetType() == ServerInfo::kVblData || database->GetTargetType() == ServerInfo::kVblData11g);
+  return database && ServerInfo::IsBundleTargetType(database->GetTargetType());
 }
 
 }  // namespace

@@ -35,8 +35,8 @@ void RqDumpout::PrintOperands(RqExpr& expr, int firstSlot) {
 }
 
 void RqDumpout::PrintConnectiveOperand(RqExpr& expr, int slot) {
-  if (!expr.FindOperand(slot)) return;
-  RqExpr* const pOperand = expr.GetIthOperand(slot);
+  RqExpr* const pOperand = expr.FindOperand(slot);
+  if (!pOperand) return;
   const bool bParentheses = pOperand->GetObjectType() == kRqExprCondOr;
   if (bParentheses) Append(L"(");
   pOperand->TourExpr(*this);
@@ -393,8 +393,8 @@ bool RqDumpout::Visit(RqExprCondIn& expr) {
 
 /// The rows of the values, each in parentheses. Values that are no list stand as they are.
 void RqDumpout::PrintRows(RqExprCondMultiColumnIn& cond) {
-  if (!cond.FindOperand(RqExprCondMultiColumnIn::kInValues)) return;
-  RqExpr* const pValues = cond.GetIthOperand(RqExprCondMultiColumnIn::kInValues);
+  RqExpr* const pValues = cond.FindOperand(RqExprCondMultiColumnIn::kInValues);
+  if (!pValues) return;
   if (!IsColumnList(*pValues)) {
     pValues->TourExpr(*this);
     return;

@@ -48,8 +48,8 @@ bool RqDumpout::Visit(RqExprDivide& expr) { return PrintBinary(expr, L" / "); }
 
 bool RqDumpout::Visit(RqExprUnaryMinus& expr) {
   Append(L"-");
-  const bool bParentheses = expr.FindOperand(RqExprUnaryMinus::kOperand) &&
-                            expr.GetIthOperand(RqExprUnaryMinus::kOperand)->GetNumOperands() > 1;
+  const RqExpr* const pOperand = expr.FindOperand(RqExprUnaryMinus::kOperand);
+  const bool bParentheses = pOperand && pOperand->GetNumOperands() > 1;
   if (bParentheses) Append(L"(");
   PrintOperand(expr, RqExprUnaryMinus::kOperand);
   if (bParentheses) Append(L")");

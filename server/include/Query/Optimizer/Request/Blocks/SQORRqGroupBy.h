@@ -56,6 +56,7 @@ class RqGroupBy final : public RqExprColumnList {
   const_iterator FromByteVector(const_iterator start) override;
 
  private:
+  [[no_unique_address]] RqNode::KindMark<kRqGroupBy> m_kindMark{this};  // in place of the list's
   Heap<RqExprColumnList> m_granularity;
   Int32Vector m_groupingSetVector;
   OwnedRqExprCondVector m_groupingSetFilters;

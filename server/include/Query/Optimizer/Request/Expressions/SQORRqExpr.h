@@ -3,7 +3,6 @@
 #include <compare>
 #include <set>
 #include <type_traits>
-#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -106,12 +105,7 @@ class RqExpr : public RqNode {
   void TakeOperands(std::vector<RqExpr*>& exprs);
 };
 
-/// Whether both are seen to be of one class, and so of one kind; false says nothing. Cheaper than asking for the kinds.
-inline bool AreOfOneClass(const RqExpr& lhs, const RqExpr& rhs) { return &typeid(lhs) == &typeid(rhs); }
-
-inline bool RqExpr::IsShallowLessThan(const RqExpr& rhs) const {
-  return !AreOfOneClass(*this, rhs) && GetObjectType() < rhs.GetObjectType();
-}
+inline bool RqExpr::IsShallowLessThan(const RqExpr& rhs) const { return GetKind() < rhs.GetKind(); }
 
 inline std::weak_ordering RqExpr::CompareShallow(const RqExpr& rhs) const {
   if (IsShallowLessThan(rhs)) return std::weak_ordering::less;
@@ -187,10 +181,7 @@ bool LessEquivalentVectorExprs(const RqExprVector& lhs, const RqExprVector& rhs)
 bool LessEquivalentVectorExprs(const ConstRqExprVector& lhs, const ConstRqExprVector& rhs);
 
 /// The order of two kinds, by number.
-inline std::weak_ordering CompareKinds(const RqExpr& lhs, const RqExpr& rhs) {
-  if (AreOfOneClass(lhs, rhs)) return std::weak_ordering::equivalent;
-  return lhs.GetObjectType() <=> rhs.GetObjectType();
-}
+inline std::weak_ordering CompareKinds(const RqExpr& lhs, const RqExpr& rhs) { return lhs.GetKind() <=> rhs.GetKind(); }
 
 /// The shallow order of a class with fields: kind by number, then key, a function that gives the fields in declared
 /// order as something with operator<. A tie is false.
@@ -235,16 +226,28 @@ class RqNodeImpl<Derived, Base, kKind> : public Base {
   RqExpr* ShallowCopy() const override { return new Derived(static_cast<const Derived&>(*this), true, false); }
 
   std::weak_ordering CompareShallow(const RqExpr& rhs) const override {
-    using OrderOfKinds = bool (RqExpr::*)(const RqExpr&) const;
-    if constexpr (std::is_same_v<decltype(&Derived::IsShallowLessThan), OrderOfKinds>) {
-      return CompareKinds(*this, rhs);
-    } else {
-      return RqExpr::CompareShallow(rhs);  // that of a base may know of fewer fields
+    if (IsOrderedByKindAlone()) return CompareKinds(*this, rhs);
+    if constexpr (std::is_final_v<Derived>) {
+      if (rhs.GetKind() == kKind) {
+        const auto& left = static_cast<const Derived&>(*this);
+        const auto& right = static_cast<const Derived&>(rhs);
+        if (left.Derived::IsShallowLessThan(right)) return std::weak_ordering::less;
+        return right.Derived::IsShallowLessThan(left) ? std::weak_ordering::greater : std::weak_ordering::equivalent;
+      }
     }
+    return RqExpr::CompareShallow(rhs);  // that of a base may know of fewer fields
   }
 
   using Base::Accept;
   bool Accept(AVisitorRqExpr& visitor) override {
     return visitor.Visit(static_cast<typename RqNodeTraits<kKind>::VisitedAs&>(static_cast<Derived&>(*this)));
   }
+
+ private:
+  static constexpr bool IsOrderedByKindAlone() {
+    using OrderOfKinds = bool (RqExpr::*)(const RqExpr&) const;
+    return std::is_same_v<decltype(&Derived::IsShallowLessThan), OrderOfKinds>;
+  }
+
+  [[no_unique_address]] RqNode::KindMark<kKind> m_kindMark{this, IsOrderedByKindAlone()};
 };

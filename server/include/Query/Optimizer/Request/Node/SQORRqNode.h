@@ -56,6 +56,16 @@ class RqNode : public CompositeNode {
   virtual int GetMySize() const;
   virtual bool Accept(AVisitorRqNode& visitor) = 0;
 
+  /// What GetObjectType answers, read from the object itself: for what asks every node of a tree, where the virtual
+  /// call would cost more than the rest. Not for constructors and destructors.
+  RqNodeType_e GetKind() const {
+    return m_kind == kNoKind ? GetObjectType() : static_cast<RqNodeType_e>(m_kind & ~kOrderedByKind);
+  }
+
+  /// Whether the order of expressions knows no field of this class, so that two nodes of this kind tie. False may mean
+  /// that it is not known.
+  bool IsOrderedByKind() const { return m_kind != kNoKind && (m_kind & kOrderedByKind) != 0; }
+
   RqNode* GetParent() { return static_cast<RqNode*>(CompositeNode::GetParent()); }
   const RqNode* GetParent() const { return static_cast<const RqNode*>(CompositeNode::GetParent()); }
   RqNode* GetIthChild(int i) { return static_cast<RqNode*>(CompositeNode::GetIthChild(i)); }
@@ -100,7 +110,21 @@ class RqNode : public CompositeNode {
     bool operator()(const RqNode& node) const { return node.IsAggr(); }
   };
 
+ protected:
+  /// A member of each class that answers GetObjectType for its objects. It has no state: to be constructed is all it is
+  /// for, and of the classes that an object is made of the most derived one does it last. (A constructor could say it
+  /// too, but not one that is inherited.) bOrderedByKind: of two nodes of the kind neither comes first.
+  template <RqNodeType_e kKind>
+  struct KindMark {
+    explicit KindMark(RqNode* pNode, bool bOrderedByKind = false) {
+      pNode->m_kind = bOrderedByKind ? kKind | kOrderedByKind : kKind;
+    }
+  };
+
  private:
+  static constexpr std::int32_t kOrderedByKind = 0x10000;  // a flag beside the kind
+  static_assert(kRqHighestNodeType < kOrderedByKind);
+
   [[gnu::noinline]] void CopyChildren(const RqNode& rhs, bool bNewIDs, bool bDeepCopy);
 
   ServerInfo::TargetType m_targetType = ServerInfo::kUnknown;

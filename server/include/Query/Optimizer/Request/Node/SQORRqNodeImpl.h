@@ -27,4 +27,7 @@ class RqNodeImpl : public Base {
   bool Accept(AVisitorRqNode& visitor) override {
     return visitor.Visit(static_cast<typename RqNodeTraits<kKind>::VisitedAs&>(static_cast<Derived&>(*this)));
   }
+
+ private:
+  [[no_unique_address]] RqNode::KindMark<kKind> m_kindMark{this};
 };

@@ -162,6 +162,8 @@ class CompositeNode : public PartialNodeImpl {
   CompositeNode* ReleaseFromParent();
 
  protected:
+  static constexpr std::int32_t kNoKind = -1;
+
   /// Gives a node under construction as many null slots.
   void MakeSlots(int nChildren) { m_children.GrowTo(static_cast<std::uint32_t>(nChildren)); }
   /// Fills a null slot with a detached node.
@@ -179,6 +181,12 @@ class CompositeNode : public PartialNodeImpl {
   void Dismantle();
   CompositeNode* ReleaseChildrenTo(CompositeNode* pDoomed);
 
+ protected:
+  /// What the classes built on this one may keep of the class of the object. It stands here, and is not used here,
+  /// since here it takes the place of padding.
+  std::int32_t m_kind = kNoKind;
+
+ private:
   NodeVector m_children;
   CompositeNode* m_pParent = nullptr;
 };
