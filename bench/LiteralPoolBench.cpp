@@ -1,5 +1,5 @@
-// A pooled literal made and given back, beside new and delete of the same literal, and beside the least that the way
-// through a pool costs: its turn and its lock.
+// A pooled literal made and given back, beside new and delete of the same literal on node memory and on the system
+// allocator, and beside the least that the way through a pool costs: its turn and its lock.
 
 #include <benchmark/benchmark.h>
 
@@ -30,6 +30,16 @@ void BM_NewDelete(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations());
 }
 
+void BM_SystemNewDelete(benchmark::State& state) {
+  int value = 0;
+  for (auto _ : state) {
+    RqExprIntegerLiteral* const pLiteral = ::new RqExprIntegerLiteral(++value, false);
+    benchmark::DoNotOptimize(pLiteral);
+    ::delete pLiteral;
+  }
+  state.SetItemsProcessed(state.iterations());
+}
+
 /// The turn alone, which is the same memory for every thread.
 void BM_Turn(benchmark::State& state) {
   static PartitionedPools<TypedObjPool<RqExprIntegerLiteral>> pools;
@@ -51,6 +61,7 @@ void BM_Locks(benchmark::State& state) {
 
 BENCHMARK(BM_FastMake)->Name("literal_pool")->Threads(1)->Threads(2)->UseRealTime();
 BENCHMARK(BM_NewDelete)->Name("literal_new_delete")->Threads(1)->Threads(2)->UseRealTime();
+BENCHMARK(BM_SystemNewDelete)->Name("literal_system_new_delete")->Threads(1)->Threads(2)->UseRealTime();
 BENCHMARK(BM_Turn)->Name("literal_pool_turn")->Threads(1)->Threads(2)->UseRealTime();
 BENCHMARK(BM_Locks)->Name("literal_pool_locks")->Threads(1)->Threads(2)->UseRealTime();
 
@@ -59,6 +70,10 @@ BENCHMARK(BM_Locks)->Name("literal_pool_locks")->Threads(1)->Threads(2)->UseReal
     const std::vector<std::pair<double, std::string>> baseline{{1, "literal_new_delete/threads:" + threads}};
     AddRatio({"pooled literal, " + threads + " thread(s), to new and delete", "literal_pool/threads:" + threads,
               baseline, 1.0});
+    AddRatio({"the same to new and delete on the system allocator",
+              "literal_pool/threads:" + threads,
+              {{1, "literal_system_new_delete/threads:" + threads}},
+              0});
     AddRatio({"the turn of its pool alone", "literal_pool_turn/threads:" + threads, baseline, 0});
     AddRatio({"two holds of a lock that is free", "literal_pool_locks/threads:" + threads, baseline, 0});
   }

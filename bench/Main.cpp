@@ -16,12 +16,22 @@ void PrintNodeSizes();
 
 namespace {
 
+/// A machine is faster at one time than at another, for seconds or for minutes. So all benchmarks run in rounds, a
+/// figure and its baselines close to each other in time, and a ratio is the median of those of the rounds.
+constexpr int kRounds = 9;
+
 std::vector<Ratio>& Ratios() {
   static std::vector<Ratio> ratios;
   return ratios;
 }
 
-/// Keeps the values of all repetitions; prints a dot for each, and the tables at the end.
+double Median(std::vector<double> values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+/// Keeps the values of all rounds; prints a dot for each benchmark, and the tables at the end.
 class RatioReporter : public benchmark::BenchmarkReporter {
  public:
   bool ReportContext(const Context&) override { return true; }
@@ -45,12 +55,12 @@ class RatioReporter : public benchmark::BenchmarkReporter {
 
   void Finalize() override { std::fputc('\n', stderr); }
 
-  /// Every value: the best of the repetitions, and how far the middle one lies above it.
+  /// Every value: the best round and the middle one.
   void PrintValues() const {
     std::printf("| Benchmark | ns an item, best | median |\n|---|---|---|\n");
-    for (auto [name, values] : m_values) {
-      std::sort(values.begin(), values.end());
-      std::printf("| %s | %.1f | %.1f |\n", name.c_str(), values.front(), values[values.size() / 2]);
+    for (const auto& [name, values] : m_values) {
+      std::printf("| %s | %.1f | %.1f |\n", name.c_str(), *std::min_element(values.begin(), values.end()),
+                  Median(values));
     }
   }
 
@@ -59,15 +69,17 @@ class RatioReporter : public benchmark::BenchmarkReporter {
     std::printf("\n| What | ns an item | baseline ns | ratio | aim | held |\n|---|---|---|---|---|---|\n");
     bool bAllHeld = true;
     for (const Ratio& row : Ratios()) {
-      double baseline = 0;
-      bool bMeasured = Has(row.ours);
+      const std::vector<double> ours = GetValues(row.ours);
+      std::vector<double> baselines(ours.size());
       for (const auto& [factor, name] : row.baseline) {
-        bMeasured = bMeasured && Has(name);
-        if (bMeasured) baseline += factor * Best(name);
+        const std::vector<double> values = GetValues(name);
+        baselines.resize(std::min(baselines.size(), values.size()));
+        for (std::size_t i = 0; i < baselines.size(); ++i) baselines[i] += factor * values[i];
       }
-      if (!bMeasured) continue;
-      const double ours = Best(row.ours);
-      const double ratio = ours / baseline;
+      if (baselines.empty()) continue;  // filtered out
+      std::vector<double> ratios;
+      for (std::size_t i = 0; i < baselines.size(); ++i) ratios.push_back(ours[i] / baselines[i]);
+      const double ratio = Median(ratios);
       const bool bHeld = row.aim == 0 || ratio <= row.aim;
       bAllHeld = bAllHeld && bHeld;
       std::string aim = "-";
@@ -76,7 +88,8 @@ class RatioReporter : public benchmark::BenchmarkReporter {
         std::snprintf(text, sizeof text, "%.2f", row.aim);
         aim = text;
       }
-      std::printf("| %s | %.1f | %.1f | %.2f | %s | %s |\n", row.what.c_str(), ours, baseline, ratio, aim.c_str(),
+      std::printf("| %s | %.1f | %.1f | %.2f | %s | %s |\n", row.what.c_str(), Median(ours), Median(baselines), ratio,
+                  aim.c_str(),
                   row.aim == 0 ? "-"
                   : bHeld      ? "yes"
                                : "NO");
@@ -85,11 +98,10 @@ class RatioReporter : public benchmark::BenchmarkReporter {
   }
 
  private:
-  bool Has(const std::string& name) const { return m_values.contains(name); }
-  /// Whatever else runs on the machine only ever adds time, so the best repetition is the nearest to the truth.
-  double Best(const std::string& name) const {
-    const std::vector<double>& values = m_values.at(name);
-    return *std::min_element(values.begin(), values.end());
+  /// A value of each round; none when the benchmark did not run.
+  std::vector<double> GetValues(const std::string& name) const {
+    const auto it = m_values.find(name);
+    return it == m_values.end() ? std::vector<double>{} : it->second;
   }
 
   std::map<std::string, std::vector<double>> m_values;
@@ -120,17 +132,15 @@ int main(int argc, char** argv) {
     return 0;
   }
   CheckSystemAllocator();
-  // What stands on the command line wins: the defaults go before it.
-  std::string defaults[] = {"--benchmark_repetitions=9", "--benchmark_min_time=0.05",
-                            "--benchmark_enable_random_interleaving=true"};
-  std::vector<char*> args{argv[0]};
-  for (std::string& text : defaults) args.push_back(text.data());
+  // What stands on the command line wins: the default goes before it.
+  std::string minTime = "--benchmark_min_time=0.05";
+  std::vector<char*> args{argv[0], minTime.data()};
   args.insert(args.end(), argv + 1, argv + argc);
   int count = static_cast<int>(args.size());
   benchmark::Initialize(&count, args.data());
   if (benchmark::ReportUnrecognizedArguments(count, args.data())) return 2;
   RatioReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
+  for (int round = 0; round < kRounds; ++round) benchmark::RunSpecifiedBenchmarks(&reporter);
   reporter.PrintValues();
   const bool bAllHeld = reporter.PrintRatios();
   PrintNodeSizes();

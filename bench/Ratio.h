@@ -6,8 +6,9 @@
 
 /// A figure that means something only beside another: benchmarks of one run set against each other.
 ///
-/// The value of a benchmark is its time an item in nanoseconds, the best of the repetitions; a counter of it is
-/// named "benchmark:counter". A baseline is a sum of such values, each with its factor.
+/// The value of a benchmark is its time an item in nanoseconds, one for each round of the run; a counter of it is named
+/// "benchmark:counter". A baseline is a sum of such values, each with its factor. Benchmarks that are set against each
+/// other are to be registered near each other.
 struct Ratio {
   std::string what;
   std::string ours;
