@@ -11,7 +11,7 @@ namespace {
 
 /// Few: threads that fight for a lock without a pause slow each other down more than a nap does, after which the one
 /// that stayed has had the lock and its caches to itself for a while.
-constexpr int kSpins = 4;
+constexpr int kSpins = 2;
 constexpr std::chrono::microseconds kFirstNap(20);
 constexpr std::chrono::microseconds kLongestNap(1000);
 
